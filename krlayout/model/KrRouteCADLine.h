@@ -44,9 +44,13 @@ public:
     int GetPointBetweenPoint(KrRoutingWayPoint* a, KrRoutingWayPoint* b,
                              std::vector<KrRoutingWayPoint*>& out);
 
-    // Shifts the line by (dx, dy) on the grid, moving crossing segments first.
+    // Shifts the line by (dx, dy) on the grid, moving crossing segments first. Null grid: 1.
     int Move(KrRoutingGrid* grid, double dx, double dy, std::vector<KrRouteSegment*>& moved);
-    // Shortens the line by len at the end `from`; newEnd is a new way point owned by the caller.
+    // Shortens the line by len at the end `from`. When the line is long enough (a lone line
+    // shorter than len is halved instead), newEnd is a new way point that the caller owns and
+    // must delete. When the line is one of several in its segment and shorter than len, it is
+    // emptied and newEnd is its existing opposite end (not new, not owned by the caller).
+    // Null `from` or a line without points: 1.
     int Short(double len, KrRoutingWayPoint* from, KrRoutingWayPoint*& newEnd);
 
     // Do nothing; return 0.

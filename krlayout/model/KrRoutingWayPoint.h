@@ -47,7 +47,8 @@ public:
     int IsOwnBySegment(long segId, bool& owned);
     int GetRootSegment(KrRouteSegment*& root);
 
-    // Takes over every CAD line of other; other is left without parents.
+    // Takes over every CAD line of other; other is left without parents. Null other: 1. With
+    // other being this point, the point moves to the end of the point list of each of its lines.
     int AddParentsFromPoint(KrRoutingWayPoint* other);
 
 private:

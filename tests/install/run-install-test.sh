@@ -1,0 +1,60 @@
+#!/usr/bin/env bash
+# Installs a built krlayout into a temporary prefix, then builds and runs the consumer program
+# against that prefix twice: through the CMake package and through pkg-config.
+#
+# usage: run-install-test.sh BUILD_DIR CONSUMER_SOURCE_DIR [CXX_FLAGS] [CXX_COMPILER]
+#   BUILD_DIR            a configured and built krlayout build tree
+#   CONSUMER_SOURCE_DIR  this directory (tests/install), or the project root
+#   CXX_FLAGS            compiler flags for the consumer (the sanitizer flags of a sanitized build)
+#   CXX_COMPILER         the C++ compiler (default: $CXX, else c++)
+set -euo pipefail
+
+if (($# < 2)); then
+  echo "usage: $0 BUILD_DIR CONSUMER_SOURCE_DIR [CXX_FLAGS] [CXX_COMPILER]" >&2
+  exit 2
+fi
+
+build_dir="$(cd "$1" && pwd)"
+src_dir="$(cd "$2" && pwd)"
+if [[ ! -f "$src_dir/consumer.cpp" && -f "$src_dir/tests/install/consumer.cpp" ]]; then
+  src_dir="$src_dir/tests/install"
+fi
+cxx_flags="${3-}"
+cxx="${4:-${CXX:-c++}}"
+
+work="$(mktemp -d "${TMPDIR:-/tmp}/krlayout-install.XXXXXX")"
+trap 'rm -rf "$work"' EXIT
+prefix="$work/prefix"
+
+echo "-- installing $build_dir into $prefix"
+cmake --install "$build_dir" --prefix "$prefix" >"$work/install.log" || {
+  cat "$work/install.log"
+  exit 1
+}
+
+echo "-- consumer through find_package(krlayout CONFIG)"
+cmake -S "$src_dir" -B "$work/consumer-build" \
+  -DCMAKE_PREFIX_PATH="$prefix" \
+  -DCMAKE_CXX_COMPILER="$cxx" \
+  -DCMAKE_CXX_FLAGS="$cxx_flags" \
+  -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF \
+  -DCMAKE_FIND_PACKAGE_NO_SYSTEM_PACKAGE_REGISTRY=ON
+cmake --build "$work/consumer-build"
+"$work/consumer-build/consumer"
+
+echo "-- consumer through pkg-config"
+pc_file="$(find "$prefix" -name krlayout.pc -print -quit)"
+if [[ -z "$pc_file" ]]; then
+  echo "krlayout.pc was not installed under $prefix" >&2
+  exit 1
+fi
+export PKG_CONFIG_PATH="$(dirname "$pc_file")"
+pkg-config --exists --print-errors krlayout
+read -r -a pc_cflags <<<"$(pkg-config --cflags krlayout)"
+read -r -a pc_libs <<<"$(pkg-config --libs krlayout)"
+libdir="$(pkg-config --variable=libdir krlayout)"
+read -r -a flags <<<"$cxx_flags"
+"$cxx" "${flags[@]}" "${pc_cflags[@]}" "$src_dir/consumer.cpp" -o "$work/consumer-pc" "${pc_libs[@]}"
+LD_LIBRARY_PATH="$libdir${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}" "$work/consumer-pc"
+
+echo "-- install test passed"
