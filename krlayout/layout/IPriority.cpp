@@ -1,0 +1,3 @@
+#include <krlayout/layout/IPriority.h>
+
+IPriority::~IPriority() = default;
