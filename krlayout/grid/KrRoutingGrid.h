@@ -1,11 +1,18 @@
 // The orthogonal lattice on which route segments are laid out. Owns every way point it hands out.
+//
+// Lookups keep first-match-in-creation-order semantics but find their candidates through a
+// private hash index keyed by each node's coordinates when it was stored. Callers must therefore
+// never rewrite (SetGridCoord) the coordinates of a way point the grid owns: grid nodes, non-grid
+// nodes and points registered with AddNonNodePoint. The library itself never does.
 #pragma once
 
 #include <krlayout/krlayout_export.h>
 #include <krlayout/model/e_AngleArea.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 class KrRouteCADLine;
@@ -22,22 +29,30 @@ public:
     // Deletes every grid node, then every non-grid node.
     ~KrRoutingGrid();
 
-    // Construction and lookup.
+    // Construction and lookup. Spacings and scales read 0 until set.
     int CreateGrids(double xSpan, double ySpan, double s1, double s2, double s3, double s4);
     int SetGridSpan(double x, double y);
     int GetGridSpan(double& x, double& y);
     int SetScale(double s1, double s2, double s3, double s4);
     int SetSketch(KrSketch* sketch);
     int GetSketch(KrSketch*& sketch);
+    // The first grid node (creation order) within half a spacing on both axes; created on
+    // demand at the lattice position rounded half away from zero.
     int GetGridNode(double x, double y, KrRoutingWayPoint*& node);
+    // The way point exactly at (x, y): the lattice node there, else the first non-grid node
+    // there, else a new non-grid node. Always creates the lattice node as a side effect.
     int GetNonGridNode(double x, double y, KrRoutingWayPoint*& node);
+    // Registers p as a non-grid node; the grid then owns (and deletes) it. Null gives 1.
     int AddNonNodePoint(KrRoutingWayPoint* p);
+    // Null p gives 1 and leaves result untouched.
     int IsNonGridNode(KrRoutingWayPoint* p, bool& result);
+    // floor(y / ySpan + 0.5), saturated to the int range (NaN gives 0).
     int GetRowNum(double y, int& row);
     int GetAllWayPoint(std::vector<KrRoutingWayPoint*>& out);
     int ArrangeVector(std::vector<KrRoutingWayPoint*>& points, bool a, bool b);  // no-op
 
-    // Traversal.
+    // Traversal. A null way point, segment, line or vector argument gives 1 and writes nothing.
+    // Walks stop after a number of steps bounded by the distance over the spacing.
     int GetNextHorGridNode(KrRoutingWayPoint* p, double angle, KrRoutingWayPoint*& next);
     int GetNextNodeByDirect(KrRoutingWayPoint* from, KrRoutingWayPoint* to,
                             KrRoutingWayPoint*& next);
@@ -49,10 +64,40 @@ public:
     int GetAllNodeBetweenTwoPoint(KrRoutingWayPoint* a, KrRoutingWayPoint* b,
                                   std::vector<KrRoutingWayPoint*>& points);
     int IsDirectMatch(e_AngleArea area, double* v, bool& match);
+    // Moves (by dx, dy) every placed segment, other than the line's own and those already in
+    // moved, whose CAD line the line's shifted position crosses; each is listed in moved first.
     int MoveCrossSegment(KrRouteCADLine* line, double dx, double dy,
                          std::vector<KrRouteSegment*>& moved);
 
 private:
+    // Lattice cell of the lookup index.
+    struct CellKey {
+        std::int64_t cx;
+        std::int64_t cy;
+        bool operator==(CellKey const& other) const { return cx == other.cx && cy == other.cy; }
+    };
+    struct CellKeyHash {
+        std::size_t operator()(CellKey const& key) const;
+    };
+    using CellIndex = std::unordered_map<CellKey, std::vector<std::size_t>, CellKeyHash>;
+
+    // A segment move postponed because the cross-move recursion got too deep.
+    struct PendingMove {
+        KrRouteSegment* segment;
+        double dx;
+        double dy;
+        std::vector<KrRouteSegment*>* moved;
+    };
+
+    bool GridNodeMatches(std::size_t index, double x, double y);
+    bool NonGridNodeMatches(std::size_t index, double x, double y);
+    KrRoutingWayPoint* FindGridNode(double x, double y);
+    KrRoutingWayPoint* FindNonGridNode(double x, double y);
+    void IndexGridNode(std::size_t index);
+    void IndexNonGridNode(std::size_t index);
+    void RebuildGridIndex();
+    std::size_t WalkBound(double dx, double dy) const;
+
     double ySpan;
     double xSpan;
     double scale1;
@@ -62,4 +107,19 @@ private:
     KrSketch* sketch;
     std::vector<KrRoutingWayPoint*> gridNodes;
     std::vector<KrRoutingWayPoint*> nonGridNodes;
+
+    // Lookup index of gridNodes: cells of (|xSpan| + 2 tol) by (|ySpan| + 2 tol), so every node
+    // within half a spacing of a query lies in the query's cell or a neighbouring one. Nodes whose
+    // coordinates do not fit a cell are kept in gridOutliers and tested on every lookup.
+    double gridCellX;
+    double gridCellY;
+    CellIndex gridIndex;
+    std::vector<std::size_t> gridOutliers;
+    // Lookup index of nonGridNodes: cells of 2 tol, likewise with outliers.
+    CellIndex nonGridIndex;
+    std::vector<std::size_t> nonGridOutliers;
+    std::unordered_set<KrRoutingWayPoint*> nonGridSet;
+    // Cross-move recursion depth and the moves postponed beyond the depth limit.
+    int moveDepth;
+    std::vector<PendingMove> pendingMoves;
 };

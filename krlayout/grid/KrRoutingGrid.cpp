@@ -1,0 +1,829 @@
+// The routing grid: node lookup and creation, walks by direction, angle and length, and the
+// moves of segments that a shifted line would cross.
+#include <krlayout/grid/KrRoutingGrid.h>
+
+#include <krlayout/model/KrGeoUtility.h>
+#include <krlayout/model/KrRouteCADLine.h>
+#include <krlayout/model/KrRouteSegment.h>
+#include <krlayout/model/KrRoutingWayPoint.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr double kTol = GEO_TOLERANCE;
+constexpr double kZero = 0.0;
+
+// Cell indices stay below 2^50: there the rounding of v / size is at most 1/8, so two values
+// closer than half a cell never land more than one cell apart. Larger values are outliers.
+constexpr double kCellLimit = 1125899906842624.0;
+// Cell size of the non-grid index: equal points (closer than tol) lie in neighbouring cells.
+constexpr double kNonGridCell = 2.0 * GEO_TOLERANCE;
+// Step limit of a walk whose length is non-finite or huge.
+constexpr std::size_t kWalkCap = 10000000;
+// Cross-move nesting beyond which further segment moves are postponed to the outermost call,
+// so that long chains of segments pushing each other cannot exhaust the stack.
+constexpr int kMaxMoveDepth = 256;
+constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
+
+// Truncation toward zero that saturates: NaN gives 0, values beyond the int range clamp to it.
+int SaturateToInt(double v) {
+    if (std::isnan(v)) {
+        return 0;
+    }
+    if (v >= 2147483647.0) {
+        return std::numeric_limits<int>::max();
+    }
+    if (v <= -2147483648.0) {
+        return std::numeric_limits<int>::min();
+    }
+    return static_cast<int>(v);
+}
+
+bool CellSizeUsable(double size) { return std::isfinite(size) && size > 0.0; }
+
+// The index cell of v; false when v does not fit a cell (non-finite or too far out).
+bool CellOf(double v, double size, std::int64_t& cell) {
+    double const q = std::floor(v / size);
+    if (!(std::fabs(q) < kCellLimit)) {
+        return false;
+    }
+    cell = static_cast<std::int64_t>(q);
+    return true;
+}
+
+bool SameXY(KrRoutingWayPoint* a, KrRoutingWayPoint* b) {
+    bool same = false;
+    a->IsSamePoint(b, same);
+    return same;
+}
+
+// One of a's first two ends (start and end) is also an end of b.
+bool EndsOnSegment(KrRouteSegment* a, KrRouteSegment* b) {
+    KrRoutingWayPoint* first = nullptr;
+    if (a->GetOtherEnd(nullptr, first) != 0 || first == nullptr) {
+        return false;
+    }
+    bool isEnd = false;
+    b->IsOneEnd(first, isEnd);
+    if (isEnd) {
+        return true;
+    }
+    KrRoutingWayPoint* second = nullptr;
+    if (a->GetOtherEnd(first, second) != 0 || second == nullptr) {
+        return false;
+    }
+    b->IsOneEnd(second, isEnd);
+    return isEnd;
+}
+
+// Segments meeting at a joint touch there; they do not cross.
+bool ShareEnd(KrRouteSegment* a, KrRouteSegment* b) {
+    return EndsOnSegment(a, b) || EndsOnSegment(b, a);
+}
+
+// Some CAD line (with two points or more) of seg properly intersects the segment target[0..3].
+bool CrossesSegment(KrRouteSegment* seg, double const* target) {
+    std::vector<KrRouteCADLine*> lines;
+    seg->GetAllCADLine(lines);
+    for (KrRouteCADLine* line : lines) {
+        if (line == nullptr) {
+            continue;
+        }
+        bool ok = false;
+        line->CheckPoint(ok);
+        if (!ok) {
+            continue;
+        }
+        KrRoutingWayPoint* s = nullptr;
+        KrRoutingWayPoint* e = nullptr;
+        line->GetStartPoint(s);
+        line->GetEndPoint(e);
+        if (s == nullptr || e == nullptr) {
+            continue;
+        }
+        double sx = 0.0;
+        double sy = 0.0;
+        double ex = 0.0;
+        double ey = 0.0;
+        s->GetGridCoord(sx, sy);
+        e->GetGridCoord(ex, ey);
+        double px = 0.0;
+        double py = 0.0;
+        if (KrGeoUtility::LineSegment2DIntersection(&px, &py, target[0], target[1], target[2],
+                                                    target[3], sx, sy, ex, ey, kTol) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+std::size_t KrRoutingGrid::CellKeyHash::operator()(CellKey const& key) const {
+    std::uint64_t h = static_cast<std::uint64_t>(key.cx) * 0x9E3779B97F4A7C15ULL;
+    h ^= static_cast<std::uint64_t>(key.cy) + 0x7F4A7C159E3779B9ULL + (h << 6) + (h >> 2);
+    return static_cast<std::size_t>(h);
+}
+
+// Spacings and scales start at 0 (rather than unset) so that nothing reads an indeterminate
+// value; a grid is meant to be used only after CreateGrids or SetGridSpan.
+KrRoutingGrid::KrRoutingGrid()
+    : ySpan(0.0),
+      xSpan(0.0),
+      scale1(0.0),
+      scale2(0.0),
+      scale3(0.0),
+      scale4(0.0),
+      sketch(nullptr),
+      gridCellX(2.0 * kTol),
+      gridCellY(2.0 * kTol),
+      moveDepth(0) {}
+
+KrRoutingGrid::KrRoutingGrid(KrRoutingGrid const& other) = default;
+
+KrRoutingGrid& KrRoutingGrid::operator=(KrRoutingGrid const& other) = default;
+
+KrRoutingGrid::~KrRoutingGrid() {
+    // A caller may have registered a grid node as a non-grid node too: delete it once.
+    std::unordered_set<KrRoutingWayPoint*> deleted;
+    for (KrRoutingWayPoint* p : gridNodes) {
+        if (deleted.insert(p).second) {
+            delete p;
+        }
+    }
+    gridNodes.clear();
+    gridNodes.shrink_to_fit();
+    for (KrRoutingWayPoint* p : nonGridNodes) {
+        if (deleted.insert(p).second) {
+            delete p;
+        }
+    }
+    nonGridNodes.clear();
+    nonGridNodes.shrink_to_fit();
+}
+
+int KrRoutingGrid::CreateGrids(double x, double y, double s1, double s2, double s3, double s4) {
+    SetGridSpan(x, y);
+    SetScale(s1, s2, s3, s4);
+    return 0;
+}
+
+int KrRoutingGrid::SetGridSpan(double x, double y) {
+    xSpan = x;
+    ySpan = y;
+    RebuildGridIndex();
+    return 0;
+}
+
+int KrRoutingGrid::GetGridSpan(double& x, double& y) {
+    x = xSpan;
+    y = ySpan;
+    return 0;
+}
+
+int KrRoutingGrid::SetScale(double s1, double s2, double s3, double s4) {
+    scale1 = s1;
+    scale2 = s2;
+    scale3 = s3;
+    scale4 = s4;
+    return 0;
+}
+
+int KrRoutingGrid::SetSketch(KrSketch* s) {
+    sketch = s;
+    return 0;
+}
+
+int KrRoutingGrid::GetSketch(KrSketch*& s) {
+    s = sketch;
+    return 0;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Lookup index
+
+void KrRoutingGrid::RebuildGridIndex() {
+    // A node matches within half a spacing plus the tolerance; a cell of a whole spacing plus two
+    // tolerances keeps every match in the query's cell or a neighbouring one.
+    double const cellX = std::fabs(xSpan) + 2.0 * kTol;
+    double const cellY = std::fabs(ySpan) + 2.0 * kTol;
+    if (cellX == gridCellX && cellY == gridCellY) {
+        return;
+    }
+    gridCellX = cellX;
+    gridCellY = cellY;
+    gridIndex.clear();
+    gridOutliers.clear();
+    for (std::size_t i = 0; i < gridNodes.size(); ++i) {
+        IndexGridNode(i);
+    }
+}
+
+void KrRoutingGrid::IndexGridNode(std::size_t index) {
+    double gx = 0.0;
+    double gy = 0.0;
+    gridNodes[index]->GetGridCoord(gx, gy);
+    CellKey key{0, 0};
+    if (CellSizeUsable(gridCellX) && CellSizeUsable(gridCellY) && CellOf(gx, gridCellX, key.cx) &&
+        CellOf(gy, gridCellY, key.cy)) {
+        gridIndex[key].push_back(index);
+    } else {
+        gridOutliers.push_back(index);
+    }
+}
+
+void KrRoutingGrid::IndexNonGridNode(std::size_t index) {
+    double gx = 0.0;
+    double gy = 0.0;
+    nonGridNodes[index]->GetGridCoord(gx, gy);
+    CellKey key{0, 0};
+    if (CellOf(gx, kNonGridCell, key.cx) && CellOf(gy, kNonGridCell, key.cy)) {
+        nonGridIndex[key].push_back(index);
+    } else {
+        nonGridOutliers.push_back(index);
+    }
+}
+
+bool KrRoutingGrid::GridNodeMatches(std::size_t index, double x, double y) {
+    double gx = 0.0;
+    double gy = 0.0;
+    gridNodes[index]->GetGridCoord(gx, gy);
+    double const dx = std::fabs(x - gx);
+    double const dy = std::fabs(y - gy);
+    double const hx = xSpan * 0.5;
+    double const hy = ySpan * 0.5;
+    return KrGeoUtility::LessEqualThan(dx, hx, kTol) && KrGeoUtility::LessEqualThan(dy, hy, kTol);
+}
+
+bool KrRoutingGrid::NonGridNodeMatches(std::size_t index, double x, double y) {
+    double gx = 0.0;
+    double gy = 0.0;
+    nonGridNodes[index]->GetGridCoord(gx, gy);
+    return KrGeoUtility::IsEqual(gx, x, kTol) && KrGeoUtility::IsEqual(gy, y, kTol);
+}
+
+// The first grid node in creation order that matches (x, y), as a scan of gridNodes would find
+// it: the candidates come from the index, and the smallest matching creation index wins.
+KrRoutingWayPoint* KrRoutingGrid::FindGridNode(double x, double y) {
+    CellKey key{0, 0};
+    bool const indexed = CellSizeUsable(gridCellX) && CellSizeUsable(gridCellY) &&
+                         CellOf(x, gridCellX, key.cx) && CellOf(y, gridCellY, key.cy);
+    if (!indexed) {
+        for (std::size_t i = 0; i < gridNodes.size(); ++i) {
+            if (GridNodeMatches(i, x, y)) {
+                return gridNodes[i];
+            }
+        }
+        return nullptr;
+    }
+    std::size_t best = kNone;
+    for (std::size_t i : gridOutliers) {  // ascending
+        if (GridNodeMatches(i, x, y)) {
+            best = i;
+            break;
+        }
+    }
+    for (std::int64_t ox = -1; ox <= 1; ++ox) {
+        for (std::int64_t oy = -1; oy <= 1; ++oy) {
+            auto const it = gridIndex.find(CellKey{key.cx + ox, key.cy + oy});
+            if (it == gridIndex.end()) {
+                continue;
+            }
+            for (std::size_t i : it->second) {  // ascending
+                if (i >= best) {
+                    break;
+                }
+                if (GridNodeMatches(i, x, y)) {
+                    best = i;
+                    break;
+                }
+            }
+        }
+    }
+    return best == kNone ? nullptr : gridNodes[best];
+}
+
+// The first non-grid node in insertion order equal to (x, y) on both axes.
+KrRoutingWayPoint* KrRoutingGrid::FindNonGridNode(double x, double y) {
+    CellKey key{0, 0};
+    if (!CellOf(x, kNonGridCell, key.cx) || !CellOf(y, kNonGridCell, key.cy)) {
+        for (std::size_t i = 0; i < nonGridNodes.size(); ++i) {
+            if (NonGridNodeMatches(i, x, y)) {
+                return nonGridNodes[i];
+            }
+        }
+        return nullptr;
+    }
+    std::size_t best = kNone;
+    for (std::size_t i : nonGridOutliers) {
+        if (NonGridNodeMatches(i, x, y)) {
+            best = i;
+            break;
+        }
+    }
+    for (std::int64_t ox = -1; ox <= 1; ++ox) {
+        for (std::int64_t oy = -1; oy <= 1; ++oy) {
+            auto const it = nonGridIndex.find(CellKey{key.cx + ox, key.cy + oy});
+            if (it == nonGridIndex.end()) {
+                continue;
+            }
+            for (std::size_t i : it->second) {
+                if (i >= best) {
+                    break;
+                }
+                if (NonGridNodeMatches(i, x, y)) {
+                    best = i;
+                    break;
+                }
+            }
+        }
+    }
+    return best == kNone ? nullptr : nonGridNodes[best];
+}
+
+// ---------------------------------------------------------------------------------------------
+// Lookup
+
+int KrRoutingGrid::GetGridNode(double x, double y, KrRoutingWayPoint*& node) {
+    KrRoutingWayPoint* found = FindGridNode(x, y);
+    if (found == nullptr) {
+        // Lattice index rounded half away from zero, truncated (saturating) to 32 bits.
+        double const fx = KrGeoUtility::LargerEqualThan(x, kZero, kTol) ? x / xSpan + 0.5
+                                                                         : x / xSpan - 0.5;
+        double const fy = KrGeoUtility::LargerEqualThan(y, kZero, kTol) ? y / ySpan + 0.5
+                                                                         : y / ySpan - 0.5;
+        int const ix = SaturateToInt(fx);
+        int const iy = SaturateToInt(fy);
+        found = new KrRoutingWayPoint();
+        found->SetGridCoord(static_cast<double>(ix) * xSpan, static_cast<double>(iy) * ySpan);
+        gridNodes.push_back(found);
+        IndexGridNode(gridNodes.size() - 1);
+    }
+    node = found;
+    return 0;
+}
+
+int KrRoutingGrid::GetNonGridNode(double x, double y, KrRoutingWayPoint*& node) {
+    KrRoutingWayPoint* lattice = nullptr;
+    GetGridNode(x, y, lattice);
+    double gx = 0.0;
+    double gy = 0.0;
+    lattice->GetGridCoord(gx, gy);
+    if (KrGeoUtility::IsEqual(gx, x, kTol) && KrGeoUtility::IsEqual(gy, y, kTol)) {
+        node = lattice;
+        return 0;
+    }
+    KrRoutingWayPoint* found = FindNonGridNode(x, y);
+    if (found == nullptr) {
+        found = new KrRoutingWayPoint();
+        found->SetGridCoord(x, y);
+        AddNonNodePoint(found);
+    }
+    node = found;
+    return 0;
+}
+
+int KrRoutingGrid::AddNonNodePoint(KrRoutingWayPoint* p) {
+    if (p == nullptr) {
+        return 1;
+    }
+    if (!nonGridSet.insert(p).second) {
+        return 0;
+    }
+    nonGridNodes.push_back(p);
+    IndexNonGridNode(nonGridNodes.size() - 1);
+    return 0;
+}
+
+int KrRoutingGrid::IsNonGridNode(KrRoutingWayPoint* p, bool& result) {
+    if (p == nullptr) {
+        return 1;
+    }
+    result = nonGridSet.count(p) != 0;
+    return 0;
+}
+
+int KrRoutingGrid::GetRowNum(double y, int& row) {
+    row = SaturateToInt(std::floor(y / ySpan + 0.5));
+    return 0;
+}
+
+int KrRoutingGrid::GetAllWayPoint(std::vector<KrRoutingWayPoint*>& out) {
+    out.insert(out.end(), gridNodes.begin(), gridNodes.end());
+    return 0;
+}
+
+int KrRoutingGrid::ArrangeVector(std::vector<KrRoutingWayPoint*>&, bool, bool) { return 0; }
+
+// ---------------------------------------------------------------------------------------------
+// Traversal
+
+int KrRoutingGrid::GetNextHorGridNode(KrRoutingWayPoint* p, double angle,
+                                      KrRoutingWayPoint*& next) {
+    if (p == nullptr) {
+        return 1;
+    }
+    double px = 0.0;
+    double py = 0.0;
+    p->GetGridCoord(px, py);
+    double const c = std::cos(angle);
+    double const x = KrGeoUtility::LargerThan(c, kZero, kTol) ? px + xSpan : px - xSpan;
+    return GetGridNode(x, py, next);
+}
+
+int KrRoutingGrid::GetNextNodeByDirect(KrRoutingWayPoint* from, KrRoutingWayPoint* to,
+                                       KrRoutingWayPoint*& next) {
+    if (from == nullptr || to == nullptr) {
+        return 1;
+    }
+    double f[2] = {0.0, 0.0};
+    double t[2] = {0.0, 0.0};
+    from->GetGridCoord(f);
+    to->GetGridCoord(t);
+    double u[2] = {t[0] - f[0], t[1] - f[1]};
+    KrGeoUtility::UniteVector(u, 2);  // a zero vector becomes (0, 0): the node at `to`
+    return GetGridNode(t[0] + u[0] * xSpan, t[1] + u[1] * ySpan, next);
+}
+
+int KrRoutingGrid::GetNextNodeByDirect(KrRoutingWayPoint* p, double* direction,
+                                       KrRoutingWayPoint*& next) {
+    if (p == nullptr || direction == nullptr) {
+        return 1;
+    }
+    double px = 0.0;
+    double py = 0.0;
+    p->GetGridCoord(px, py);
+    KrRoutingWayPoint* n = nullptr;
+    GetGridNode(px, py, n);
+    bool onLattice = false;
+    p->IsSamePoint(n, onLattice);
+    KrGeoUtility::UniteVector(direction, 2);
+    double const dx = direction[0];
+    double const dy = direction[1];
+    // "dy is 0" is the tolerant test, like every other comparison with 0 here: float noise in
+    // a nearly horizontal direction must not turn into a huge x step.
+    bool const level = KrGeoUtility::IsEqual(dy, kZero, kTol);
+
+    double baseX = px;
+    double baseY = py;
+    double stepX = 0.0;
+    double stepY = 0.0;
+    if (!onLattice) {
+        double nx = 0.0;
+        double ny = 0.0;
+        n->GetGridCoord(nx, ny);
+        double v[2] = {nx - px, ny - py};
+        KrGeoUtility::UniteVector(v, 2);
+        if (KrGeoUtility::IsEqual(v[0], dx, kTol) && KrGeoUtility::IsEqual(v[1], dy, kTol)) {
+            next = n;  // the snap already moves in the wanted direction
+            return 0;
+        }
+        baseX = nx;
+        baseY = ny;
+        stepX = level ? xSpan * dx : xSpan * dx / std::fabs(dy);
+    } else {
+        // On the lattice the slanted x step is scaled by the y spacing (on purpose).
+        stepX = level ? xSpan * dx : ySpan * dx / std::fabs(dy);
+    }
+    stepY = level ? dy * ySpan : dy * ySpan / std::fabs(dy);
+    return GetGridNode(baseX + stepX, baseY + stepY, next);
+}
+
+int KrRoutingGrid::GetPointByAngle(KrRoutingWayPoint* p, double angle, int row,
+                                   KrRoutingWayPoint*& first,
+                                   std::vector<KrRoutingWayPoint*>& points) {
+    if (p == nullptr) {
+        return 1;
+    }
+    double dx = 0.0;
+    double dy = 0.0;
+    if (KrGeoUtility::IsEqual(angle, kZero, kTol)) {
+        dx = xSpan;
+    } else if (KrGeoUtility::IsEqual(angle, KR_PI, kTol)) {
+        dx = -xSpan;
+    } else if (KrGeoUtility::IsEqual(angle, HALF_PI, kTol) ||
+               KrGeoUtility::IsEqual(angle, KR_THREE_HALF_PI, kTol)) {
+        dy = static_cast<double>(row) * ySpan;  // the sign of row decides up or down
+    } else {
+        dy = static_cast<double>(row) * ySpan;
+        dx = dy / std::tan(angle);
+    }
+    double px = 0.0;
+    double py = 0.0;
+    p->GetGridCoord(px, py);
+    double const tx = px + dx;
+    double const ty = py + dy;
+    KrRoutingWayPoint* n = nullptr;
+    GetGridNode(tx, ty, n);
+    double nx = 0.0;
+    double ny = 0.0;
+    n->GetGridCoord(nx, ny);
+    if (KrGeoUtility::IsEqual(nx, tx, kTol) && KrGeoUtility::IsEqual(ny, ty, kTol)) {
+        first = n;
+        GetAllNodeBetweenTwoPoint(p, n, points);
+        return 0;
+    }
+    KrRoutingWayPoint* off = new KrRoutingWayPoint();
+    off->SetGridCoord(tx, ty);
+    AddNonNodePoint(off);
+    first = off;
+    points.push_back(p);
+    points.push_back(off);
+    return 0;
+}
+
+int KrRoutingGrid::GetEndPointByLength(KrRouteSegment* seg, KrRoutingWayPoint* start,
+                                       KrRoutingWayPoint* next, KrRoutingWayPoint*& end) {
+    if (seg == nullptr || start == nullptr || next == nullptr) {
+        return 1;
+    }
+    double s[2] = {0.0, 0.0};
+    double n[2] = {0.0, 0.0};
+    start->GetGridCoord(s);
+    next->GetGridCoord(n);
+    double const dist = KrGeoUtility::GetLength(s, n, 2);
+    double length = 0.0;
+    seg->GetLength(length);
+    double angle = 0.0;
+    seg->GetDirectAngle(angle);
+    e_AngleArea type = e_AngleAreaNone;
+    seg->GetType(type);
+
+    // Shorter than the first step: the segment ends at `next` itself (no snap).
+    if (KrGeoUtility::LessThan(length, dist, kTol)) {
+        end = next;
+        return 0;
+    }
+    double const rest = length - dist;
+    double const c = std::cos(angle);
+    double x = 0.0;
+    // Tolerant tests against 0: cos of the pi/2 and 3pi/2 literals is about 1e-11 and counts
+    // as vertical.
+    if (KrGeoUtility::LargerThan(c, kZero, kTol)) {
+        x = n[0] + rest;
+    } else if (KrGeoUtility::LessThan(c, kZero, kTol)) {
+        x = n[0] - rest;
+    } else {
+        switch (type) {
+            case e_AngleAreaQuarter1:
+            case e_AngleAreaQuarter4:
+                x = n[0] + rest;
+                break;
+            case e_AngleAreaQuarter2:
+            case e_AngleAreaQuarter3:
+                x = n[0] - rest;
+                break;
+            default:
+                x = 0.0;  // falls back to x = 0 on the row of `next`, as it always did
+                break;
+        }
+    }
+    KrRoutingWayPoint* node = nullptr;
+    GetGridNode(x, n[1], node);
+    double gx = 0.0;
+    double gy = 0.0;
+    node->GetGridCoord(gx, gy);
+    double v[2] = {gx - x, gy - n[1]};  // the rounding error of the snap
+    bool match = false;
+    IsDirectMatch(type, v, match);
+    if (match) {
+        end = node;
+        return 0;
+    }
+    double back[2] = {-v[0], -v[1]};
+    return GetNextNodeByDirect(node, back, end);
+}
+
+std::size_t KrRoutingGrid::WalkBound(double dx, double dy) const {
+    double const sx = std::fabs(xSpan);
+    double const sy = std::fabs(ySpan);
+    if (!CellSizeUsable(sx) || !CellSizeUsable(sy)) {
+        return 0;  // a zero or non-finite spacing cannot advance a walk
+    }
+    double const steps = std::fabs(dx) / sx + std::fabs(dy) / sy + 4.0;
+    if (!(steps < static_cast<double>(kWalkCap))) {
+        return kWalkCap;  // non-finite or huge
+    }
+    return static_cast<std::size_t>(steps);
+}
+
+// Walks that cannot reach b (b off the lattice, a spacing that does not divide the distance, a
+// negative spacing) stop after WalkBound steps, or as soon as the next position lies beyond b
+// along a -> b; b is then not appended. Walks that reach b list exactly the nodes met.
+int KrRoutingGrid::GetAllNodeBetweenTwoPoint(KrRoutingWayPoint* a, KrRoutingWayPoint* b,
+                                             std::vector<KrRoutingWayPoint*>& points) {
+    if (a == nullptr || b == nullptr) {
+        return 1;
+    }
+    if (SameXY(a, b)) {
+        points.push_back(b);
+        return 0;
+    }
+    double ax = 0.0;
+    double ay = 0.0;
+    double bx = 0.0;
+    double by = 0.0;
+    a->GetGridCoord(ax, ay);
+    b->GetGridCoord(bx, by);
+    double const dx = bx - ax;
+    double const dy = by - ay;
+    double const len = std::sqrt(dx * dx + dy * dy);
+    double const ux = dx / len;
+    double const uy = dy / len;
+    // Beyond b by at least the tolerance (NaN counts as beyond).
+    auto beyond = [&](double qx, double qy) {
+        double const along = (qx - ax) * ux + (qy - ay) * uy;
+        return !(along - len < kTol);
+    };
+    std::size_t const bound = WalkBound(dx, dy);
+    points.push_back(a);
+
+    if (KrGeoUtility::IsEqual(dy, kZero, kTol) || KrGeoUtility::IsEqual(dx, kZero, kTol)) {
+        KrRoutingWayPoint* current = a;
+        for (std::size_t step = 0; step < bound; ++step) {
+            double dir[2] = {dx, dy};
+            KrRoutingWayPoint* next = nullptr;
+            GetNextNodeByDirect(current, dir, next);
+            if (next == nullptr) {
+                break;
+            }
+            bool const reached = SameXY(next, b);
+            if (!reached) {
+                double nx = 0.0;
+                double ny = 0.0;
+                next->GetGridCoord(nx, ny);
+                if (beyond(nx, ny)) {
+                    break;
+                }
+            }
+            points.push_back(next);
+            if (reached) {
+                break;
+            }
+            current = next;
+        }
+        return 0;
+    }
+
+    // Slanted: a scratch point walks the exact line one row at a time; only lattice nodes lying
+    // exactly on it (both coordinates equal within the tolerance) are listed.
+    KrRoutingWayPoint scratch;
+    scratch.SetGridCoord(ax, ay);
+    double const stepX = ySpan * dx / std::fabs(dy);
+    double const stepY = ySpan * dy / std::fabs(dy);
+    for (std::size_t step = 0; step < bound; ++step) {
+        double cx = 0.0;
+        double cy = 0.0;
+        scratch.GetGridCoord(cx, cy);
+        double const ex = cx + stepX;
+        double const ey = cy + stepY;
+        bool const reachesB = KrGeoUtility::IsEqual(ex, bx, kTol) && KrGeoUtility::IsEqual(ey, by, kTol);
+        if (!reachesB && beyond(ex, ey)) {
+            break;
+        }
+        double dir[2] = {dx, dy};
+        KrRoutingWayPoint* node = nullptr;
+        GetNextNodeByDirect(&scratch, dir, node);
+        double nx = 0.0;
+        double ny = 0.0;
+        if (node != nullptr) {
+            node->GetGridCoord(nx, ny);
+        }
+        if (node != nullptr && KrGeoUtility::IsEqual(nx, ex, kTol) &&
+            KrGeoUtility::IsEqual(ny, ey, kTol)) {
+            points.push_back(node);
+            scratch.SetGridCoord(nx, ny);
+        } else {
+            scratch.SetGridCoord(ex, ey);
+        }
+        if (SameXY(&scratch, b)) {
+            break;
+        }
+    }
+    return 0;
+}
+
+int KrRoutingGrid::IsDirectMatch(e_AngleArea area, double* v, bool& match) {
+    if (v == nullptr) {
+        return 1;
+    }
+    match = false;
+    bool const xPos = KrGeoUtility::LargerEqualThan(v[0], kZero, kTol);
+    bool const xNeg = KrGeoUtility::LessEqualThan(v[0], kZero, kTol);
+    bool const yPos = KrGeoUtility::LargerEqualThan(v[1], kZero, kTol);
+    bool const yNeg = KrGeoUtility::LessEqualThan(v[1], kZero, kTol);
+    switch (area) {
+        case e_AngleAreaRoot:
+            match = true;
+            break;
+        case e_AngleAreaPositiveX:
+            match = xPos;
+            break;
+        case e_AngleAreaNegativeX:
+            match = xNeg;
+            break;
+        case e_AngleAreaQuarter1:
+            match = xPos && yPos;
+            break;
+        case e_AngleAreaQuarter2:
+            match = xNeg && yPos;
+            break;
+        case e_AngleAreaQuarter3:
+            match = xNeg && yNeg;
+            break;
+        case e_AngleAreaQuarter4:
+            match = xPos && yNeg;
+            break;
+        default:
+            break;
+    }
+    return 0;
+}
+
+// A segment crosses the line when the line's target position (start and end shifted by
+// (dx, dy)) properly intersects (intersection code 0) one of the segment's CAD lines.
+// Candidates are the segments whose lines pass through way points of this grid (grid nodes in
+// creation order, then non-grid nodes; segments in first-seen order) that are placed, are not
+// the line's own segment, are not yet in `moved` and share no end with the line's segment.
+// Each crossing one is listed in `moved`, then moved by the same offset; a listed segment is
+// never taken again, so moves that push each other always end.
+int KrRoutingGrid::MoveCrossSegment(KrRouteCADLine* line, double dx, double dy,
+                                    std::vector<KrRouteSegment*>& moved) {
+    if (line == nullptr) {
+        return 1;
+    }
+    bool ok = false;
+    line->CheckPoint(ok);
+    if (!ok) {
+        return 0;  // no two points, no target position
+    }
+    KrRoutingWayPoint* s = nullptr;
+    KrRoutingWayPoint* e = nullptr;
+    line->GetStartPoint(s);
+    line->GetEndPoint(e);
+    if (s == nullptr || e == nullptr) {
+        return 0;
+    }
+    double target[4] = {0.0, 0.0, 0.0, 0.0};
+    s->GetGridCoord(target[0], target[1]);
+    e->GetGridCoord(target[2], target[3]);
+    target[0] += dx;
+    target[1] += dy;
+    target[2] += dx;
+    target[3] += dy;
+    KrRouteSegment* own = nullptr;
+    line->GetParentSegment(own);
+
+    std::vector<KrRouteSegment*> candidates;
+    std::unordered_set<KrRouteSegment*> seen;
+    std::vector<KrRouteCADLine*> parents;
+    auto collect = [&](std::vector<KrRoutingWayPoint*> const& nodes) {
+        for (KrRoutingWayPoint* p : nodes) {
+            parents.clear();
+            p->GetParent(parents);
+            for (KrRouteCADLine* l : parents) {
+                KrRouteSegment* seg = nullptr;
+                if (l != nullptr) {
+                    l->GetParentSegment(seg);
+                }
+                if (seg != nullptr && seen.insert(seg).second) {
+                    candidates.push_back(seg);
+                }
+            }
+        }
+    };
+    collect(gridNodes);
+    collect(nonGridNodes);
+
+    ++moveDepth;
+    for (KrRouteSegment* cand : candidates) {
+        if (cand == own || std::find(moved.begin(), moved.end(), cand) != moved.end()) {
+            continue;
+        }
+        bool placed = false;
+        cand->IsRedefine(placed);
+        if (!placed || (own != nullptr && ShareEnd(own, cand)) ||
+            !CrossesSegment(cand, target)) {
+            continue;
+        }
+        moved.push_back(cand);
+        if (moveDepth > kMaxMoveDepth) {
+            pendingMoves.push_back(PendingMove{cand, dx, dy, &moved});
+        } else {
+            cand->Move(this, dx, dy, moved);
+        }
+    }
+    if (moveDepth == 1) {
+        // The outermost call carries out the moves postponed by deep nesting, in their order.
+        for (std::size_t i = 0; i < pendingMoves.size(); ++i) {
+            PendingMove const pending = pendingMoves[i];
+            pending.segment->Move(this, pending.dx, pending.dy, *pending.moved);
+        }
+        pendingMoves.clear();
+    }
+    --moveDepth;
+    return 0;
+}
