@@ -1,0 +1,3 @@
+#include <krlayout/sketch/IRoutingSketch.h>
+
+IRoutingSketch::~IRoutingSketch() = default;
