@@ -6,6 +6,7 @@
 #include <krlayout/model/KrRouteCADLine.h>
 #include <krlayout/model/KrRouteSegment.h>
 #include <krlayout/model/KrRoutingWayPoint.h>
+#include <krlayout/sketch/KrSketch.h>
 
 #include <algorithm>
 #include <cmath>
@@ -745,9 +746,11 @@ int KrRoutingGrid::IsDirectMatch(e_AngleArea area, double* v, bool& match) {
 
 // A segment crosses the line when the line's target position (start and end shifted by
 // (dx, dy)) properly intersects (intersection code 0) one of the segment's CAD lines.
-// Candidates are the segments whose lines pass through way points of this grid (grid nodes in
-// creation order, then non-grid nodes; segments in first-seen order) that are placed, are not
-// the line's own segment, are not yet in `moved` and share no end with the line's segment.
+// Candidates are the placed segments of the grid's sketch in store order (without a sketch: the
+// segments whose lines pass through way points of this grid, grid nodes in creation order, then
+// non-grid nodes, segments in first-seen order) that are not the line's own segment, are not
+// yet in `moved` and share no end with the line's segment. Reading the sketch's list keeps a
+// move linear in the number of segments rather than in the number of grid nodes.
 // Each crossing one is listed in `moved`, then moved by the same offset; a listed segment is
 // never taken again, so moves that push each other always end.
 int KrRoutingGrid::MoveCrossSegment(KrRouteCADLine* line, double dx, double dy,
@@ -778,29 +781,42 @@ int KrRoutingGrid::MoveCrossSegment(KrRouteCADLine* line, double dx, double dy,
     line->GetParentSegment(own);
 
     std::vector<KrRouteSegment*> candidates;
-    std::unordered_set<KrRouteSegment*> seen;
-    std::vector<KrRouteCADLine*> parents;
-    auto collect = [&](std::vector<KrRoutingWayPoint*> const& nodes) {
-        for (KrRoutingWayPoint* p : nodes) {
-            parents.clear();
-            p->GetParent(parents);
-            for (KrRouteCADLine* l : parents) {
-                KrRouteSegment* seg = nullptr;
-                if (l != nullptr) {
-                    l->GetParentSegment(seg);
-                }
-                if (seg != nullptr && seen.insert(seg).second) {
-                    candidates.push_back(seg);
+    if (sketch != nullptr) {
+        sketch->GetAllHandledRouteSegment(candidates);
+    } else {
+        std::unordered_set<KrRouteSegment*> seen;
+        std::vector<KrRouteCADLine*> parents;
+        auto collect = [&](std::vector<KrRoutingWayPoint*> const& nodes) {
+            for (KrRoutingWayPoint* p : nodes) {
+                parents.clear();
+                p->GetParent(parents);
+                for (KrRouteCADLine* l : parents) {
+                    KrRouteSegment* seg = nullptr;
+                    if (l != nullptr) {
+                        l->GetParentSegment(seg);
+                    }
+                    if (seg != nullptr && seen.insert(seg).second) {
+                        candidates.push_back(seg);
+                    }
                 }
             }
-        }
+        };
+        collect(gridNodes);
+        collect(nonGridNodes);
+    }
+    // Membership in `moved`: a set of the entries present now, plus a scan of the few entries
+    // that nested moves append while this call runs.
+    std::unordered_set<KrRouteSegment*> const movedBefore(moved.begin(), moved.end());
+    std::size_t const movedStart = moved.size();
+    auto isMoved = [&](KrRouteSegment* seg) {
+        return movedBefore.count(seg) != 0 ||
+               std::find(moved.begin() + static_cast<std::ptrdiff_t>(movedStart), moved.end(),
+                         seg) != moved.end();
     };
-    collect(gridNodes);
-    collect(nonGridNodes);
 
     ++moveDepth;
     for (KrRouteSegment* cand : candidates) {
-        if (cand == own || std::find(moved.begin(), moved.end(), cand) != moved.end()) {
+        if (cand == nullptr || cand == own || isMoved(cand)) {
             continue;
         }
         bool placed = false;
