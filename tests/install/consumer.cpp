@@ -9,6 +9,9 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <map>
+#include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -251,6 +254,350 @@ int CheckKrRoutingGridNode() {
     return 0;
 }
 
+// A routing sketch of two route segments that meet at (3, 0): segment 1 runs from (0, 0) to (3, 0)
+// (length 3, diameter 1), segment 2 from (3, 0) to (3, 2) (length 2, diameter 2). Segment 1 is the
+// longer one, segment 2 the thicker one.
+std::unique_ptr<IRoutingSketch> SmallSketch(int& status) {
+    std::unique_ptr<IRoutingSketch> sketch(new KrSketch());
+    status = sketch->CreateGrid(1.0, 1.0);
+    if (status != 0) return sketch;
+    status = sketch->CreateRouteSegment(1, 3.0, 1.0);
+    if (status != 0) return sketch;
+    status = sketch->CreateRouteSegment(2, 2.0, 2.0);
+    if (status != 0) return sketch;
+    std::map<long, long> const linesPerSegment = {{1L, 1L}, {2L, 1L}};
+    std::vector<ALPoint> const points = {ALPoint(0.0, 0.0, 0.0), ALPoint(3.0, 0.0, 0.0),
+                                         ALPoint(3.0, 0.0, 0.0), ALPoint(3.0, 2.0, 0.0)};
+    status = sketch->CreateWayPoint(linesPerSegment, points);
+    return sketch;
+}
+
+KrRouteSegment* SegmentWithId(std::vector<KrRouteSegment*> const& segments, int id) {
+    for (KrRouteSegment* segment : segments) {
+        if (segment != nullptr && segment->GetId() == id) return segment;
+    }
+    return nullptr;
+}
+
+int CheckKrSketch() {
+    int status = -1;
+    std::unique_ptr<IRoutingSketch> sketch = SmallSketch(status);
+    if (status != 0) return __LINE__;
+
+    KrRoutingGrid* grid = nullptr;
+    if (sketch->GetGrid(grid) != 0 || grid == nullptr) return __LINE__;
+    double xSpacing = 0.0;
+    if (sketch->GetGridXSpacing(xSpacing) != 0 || !Near(xSpacing, 1.0)) return __LINE__;
+
+    std::vector<KrRouteSegment*> segments;
+    if (sketch->GetAllSegments(segments) != 0 || segments.size() != 2) return __LINE__;
+    KrRouteSegment* first = SegmentWithId(segments, 1);
+    KrRouteSegment* second = SegmentWithId(segments, 2);
+    if (first == nullptr || second == nullptr) return __LINE__;
+
+    // The two segments share the way point at (3, 0).
+    bool connected = false;
+    if (first->IsConnectByEnd(second, connected) != 0 || !connected) return __LINE__;
+
+    std::vector<long> ids;
+    if (sketch->GetAllRouteSegment(ids) != 0) return __LINE__;
+    if (ids.size() != 2 || ids[0] != 1 || ids[1] != 2) return __LINE__;
+
+    std::vector<ALLine> lines;
+    if (sketch->GetLinesByRouteId(2, lines) != 0 || lines.size() != 1) return __LINE__;
+    if (!(lines[0].start == ALPoint(3.0, 0.0, 0.0))) return __LINE__;
+    if (!(lines[0].end == ALPoint(3.0, 2.0, 0.0))) return __LINE__;
+    lines.clear();
+    if (sketch->GetLinesByRouteId(99, lines) != 0 || !lines.empty()) return __LINE__;
+
+    // The store members of the implementation are reachable as well.
+    KrSketch* store = dynamic_cast<KrSketch*>(sketch.get());
+    if (store == nullptr) return __LINE__;
+    KrRouteSegment* found = nullptr;
+    if (store->GetRouteSegmentById(1, found) != 0 || found != first) return __LINE__;
+    return 0;
+}
+
+int CheckKrRouteConnector() {
+    KrRouteConnector connector;
+    if (connector.SetName(L"J1") != 0) return __LINE__;
+    std::wstring name;
+    if (connector.GetName(name) != 0 || name != L"J1") return __LINE__;
+
+    if (connector.AddEntry(L"pin1", 4) != 0) return __LINE__;
+    if (connector.AddEntry(L"pin2", 5) != 0) return __LINE__;
+    std::vector<std::pair<std::wstring, long>> entries;
+    if (connector.GetEntries(entries) != 0 || entries.size() != 2) return __LINE__;
+    if (entries[0].first != L"pin1" || entries[0].second != 4) return __LINE__;
+    if (entries[1].first != L"pin2" || entries[1].second != 5) return __LINE__;
+
+    KrSketch sketch;
+    if (connector.SetSketch(&sketch) != 0) return __LINE__;
+    KrSketch* back = nullptr;
+    if (connector.GetSketch(back) != 0 || back != &sketch) return __LINE__;
+    return 0;
+}
+
+int CheckKrRouteBends() {
+    KrRouteBends empty;
+    (void)empty;
+
+    KrRoutingWayPoint point(ALPoint(1.0, 1.0, 0.0));
+    KrRouteBends bend(12, &point);
+    if (bend.GetRouteId() != 12) return __LINE__;
+    if (bend.GetPoint() != &point) return __LINE__;
+    return 0;
+}
+
+int CheckKrRoutingSketchLineEnd() {
+    KrRoutingSketchLineEnd empty;
+    (void)empty;
+
+    KrRoutingSketchLineEnd end(7, 2, true, ALPoint(4.0, 5.0, 0.0));
+    if (end.routeId != 7 || end.lineIndex != 2 || !end.isStart) return __LINE__;
+    if (!(end.point == ALPoint(4.0, 5.0, 0.0))) return __LINE__;
+
+    KrRoutingSketchLineEnd copy(end);
+    if (copy.routeId != 7 || !(copy.point == end.point)) return __LINE__;
+    return 0;
+}
+
+int CheckPriorities() {
+    KrRouteSegment thin(1, 3.0, 1.0);   // the longer one
+    KrRouteSegment thick(2, 2.0, 2.0);  // the thicker one
+    std::vector<KrRouteSegment*> segments = {&thin, &thick};
+
+    std::unique_ptr<IPriority> byDiameter(new KrRoutingPriorityByDiameter());
+    KrRouteSegment* result = nullptr;
+    if (byDiameter->GetPriorestSegment(segments, result) != 0 || result != &thick) return __LINE__;
+
+    std::unique_ptr<IPriority> byLength(new KrRoutingPriorityByLength());
+    result = nullptr;
+    if (byLength->GetPriorestSegment(segments, result) != 0 || result != &thin) return __LINE__;
+
+    std::vector<KrRouteSegment*> none;
+    result = &thin;
+    if (byLength->GetPriorestSegment(none, result) != 0 || result != nullptr) return __LINE__;
+    return 0;
+}
+
+// GenerateAngles for the quarter from 0 to pi/2 and four children: every strategy starts with 0
+// and pi/2.
+int CheckAngleStrategy(IAssignAngle* strategy) {
+    std::unique_ptr<IAssignAngle> owned(strategy);
+    std::vector<double> angles;
+    if (owned->GenerateAngles(4, e_AngleAreaQuarter1, angles) != 0) return __LINE__;
+    if (angles.size() < 4) return __LINE__;
+    if (!KrGeoUtility::IsEqual(angles[0], 0.0, GEO_TOLERANCE)) return __LINE__;
+    if (!KrGeoUtility::IsEqual(angles[1], 1.5707963268, GEO_TOLERANCE)) return __LINE__;
+    for (double angle : angles) {
+        if (KrGeoUtility::LessThan(angle, 0.0, GEO_TOLERANCE)) return __LINE__;
+        if (KrGeoUtility::LargerThan(angle, 1.5707963268, GEO_TOLERANCE)) return __LINE__;
+    }
+    return 0;
+}
+
+int CheckAssignAngleByDiameter() {
+    return CheckAngleStrategy(new KrRoutingAssignAngleByDiameter());
+}
+
+int CheckAssignAngleByLength() {
+    return CheckAngleStrategy(new KrRoutingAssignAngleByLength());
+}
+
+int CheckAssignAngleAllPositiveByDiameter() {
+    return CheckAngleStrategy(new KrRoutingAssignAngleAllPositiveByDiameter());
+}
+
+int CheckCrossLineUpdates() {
+    ICrossLineUpdate* update = new KrCrossLineUpdate();
+    delete update;
+    update = new KrCrossLineUpdateByLength();
+    delete update;
+    return 0;
+}
+
+// Lays the small sketch out with one layout type; every segment ends up redefined.
+int LayOutSmallSketch(e_LayOutType type) {
+    int status = -1;
+    std::unique_ptr<IRoutingSketch> sketch = SmallSketch(status);
+    if (status != 0) return __LINE__;
+
+    KrRoutingLayout layout;
+    if (layout.LayOut(sketch.get(), type) != 0) return __LINE__;
+
+    std::vector<KrRouteSegment*> segments;
+    if (sketch->GetAllSegments(segments) != 0 || segments.size() != 2) return __LINE__;
+    for (KrRouteSegment* segment : segments) {
+        bool redefined = false;
+        if (segment->IsRedefine(redefined) != 0 || !redefined) return __LINE__;
+        std::vector<ALLine> lines;
+        if (sketch->GetLinesByRouteId(segment->GetId(), lines) != 0 || lines.empty())
+            return __LINE__;
+        for (ALLine const& line : lines) {
+            if (!Near(line.start.z, 0.0) || !Near(line.end.z, 0.0)) return __LINE__;
+        }
+    }
+
+    // The first-ranked segment is the root: horizontal, from the origin.
+    int const rootId = type == LayOutByDiameter ? 2 : 1;
+    KrRouteSegment* root = SegmentWithId(segments, rootId);
+    if (root == nullptr) return __LINE__;
+    e_AngleArea area = e_AngleAreaNone;
+    if (root->GetType(area) != 0 || area != e_AngleAreaRoot) return __LINE__;
+    std::vector<ALLine> rootLines;
+    if (sketch->GetLinesByRouteId(rootId, rootLines) != 0 || rootLines.empty()) return __LINE__;
+    if (!(rootLines.front().start == ALPoint(0.0, 0.0, 0.0))) return __LINE__;
+    if (!KrGeoUtility::IsEqual(rootLines.back().end.y, 0.0, GEO_TOLERANCE)) return __LINE__;
+
+    // The array write-back gives six doubles and one axis code per line.
+    std::vector<double> points;
+    std::vector<int> constraints;
+    if (KrHostRouteWriter::WriteArrays(sketch.get(), points, constraints) != 0) return __LINE__;
+    if (constraints.empty() || points.size() != constraints.size() * 6) return __LINE__;
+    return 0;
+}
+
+int CheckKrRoutingLayout() {
+    if (static_cast<int>(LayOutByDiameter) != 0 || static_cast<int>(LayOutByLength) != 1)
+        return __LINE__;
+    int line = LayOutSmallSketch(LayOutByDiameter);
+    if (line != 0) return line;
+    line = LayOutSmallSketch(LayOutByLength);
+    if (line != 0) return line;
+
+    KrRoutingLayout layout;
+    double angle = -1.0;
+    if (layout.GetSpreadAngle(e_AngleAreaNegativeX, angle) != 0) return __LINE__;
+    if (!KrGeoUtility::IsEqual(angle, 3.1415926536, GEO_TOLERANCE)) return __LINE__;
+    if (layout.LayOut(nullptr, LayOutByDiameter) == 0) return __LINE__;
+    return 0;
+}
+
+int CheckKrRoutingCheck() {
+    int status = -1;
+    std::unique_ptr<IRoutingSketch> sketch = SmallSketch(status);
+    if (status != 0) return __LINE__;
+
+    KrRoutingCheck check;
+    std::vector<long> loopIds;
+    if (check.CheckSketch(sketch.get(), loopIds) != 0 || !loopIds.empty()) return __LINE__;
+    std::vector<long> pieceIds;
+    if (check.CheckDisjoint(sketch.get(), pieceIds) != 0 || !pieceIds.empty()) return __LINE__;
+    return 0;
+}
+
+int CheckKrAutoLayout() {
+    if (KrAutoLayout::loopMessage != L"Loop Segment") return __LINE__;
+    if (KrAutoLayout::disjoinMessage != L"Disjoint Segment") return __LINE__;
+
+    KrAutoLayout facade;
+    std::vector<long> ids;
+    if (facade.getRouteSegmentIDs(ids) != 1 || !ids.empty()) return __LINE__;
+    std::vector<std::pair<long, long>> lineIds;
+    if (facade.GetSketchLineIdByRouteSegmentId(1, lineIds) != 1) return __LINE__;
+
+    if (facade.setRouteGridSpacing(0.5, 0.5) != 0) return __LINE__;
+    std::map<long, std::wstring> const components = {{1L, L"J1"}};
+    if (facade.setComponentMap(components) != 0) return __LINE__;
+
+    std::wstring text;
+    void* resultSketch = nullptr;
+    if (facade.StartAutoLayout(nullptr, 0, false, false, &resultSketch, false, text) != 6)
+        return __LINE__;
+    if (resultSketch != nullptr) return __LINE__;
+
+    std::vector<double> points;
+    if (facade.getOutputPoints(points) != 0 || !points.empty()) return __LINE__;
+    std::vector<int> constraints;
+    if (facade.getOutputConstraints(constraints) != 0 || !constraints.empty()) return __LINE__;
+    return 0;
+}
+
+int CheckKrLayoutRun() {
+    std::unique_ptr<KrLayoutRun> run(new KrLayoutRun());
+    if (run->GetSketch() != nullptr) return __LINE__;
+    if (!run->GetOutputPoints().empty() || !run->GetOutputConstraints().empty()) return __LINE__;
+
+    run->SetApplyToHost(true);
+    if (!run->GetApplyToHost()) return __LINE__;
+    run->SetRunText(L"run");
+    if (run->GetRunText() != L"run") return __LINE__;
+    if (run->HasFeature()) return __LINE__;
+
+    std::map<long, std::wstring> const components = {{3L, L"J3"}};
+    if (run->SetComponentMap(components) != 0) return __LINE__;
+    if (run->GetComponentMap().size() != 1) return __LINE__;
+
+    run->Teardown();
+    run.reset();
+    return 0;
+}
+
+int CheckKrHostLocale() {
+    std::locale const locale = KrHostLocale::UserDefault();
+    (void)locale;
+    std::wstring const a = L"Route Feature";
+    std::wstring const b = L"Route Feature";
+    if (KrHostLocale::Compare(a, b) != 0) return __LINE__;
+    if (!KrHostLocale::Equal(a, b)) return __LINE__;
+    if (KrHostLocale::Equal(a, L"Other Feature")) return __LINE__;
+    return 0;
+}
+
+int CheckKrHostSession() {
+    KrHostSession session(nullptr);
+    if (session.OpenRouteModel()) return __LINE__;
+    if (session.OpenRouteContainer()) return __LINE__;
+    if (session.ClearSelection() != 1) return __LINE__;
+    if (session.GetDocument() != nullptr || session.GetRouteContainer() != nullptr) return __LINE__;
+    session.Close();
+
+    IHostApplication* application = nullptr;
+    KrHostSession::AddReference(application);
+    KrHostSession::ReleaseReference(application);
+    IHostFeature* feature = nullptr;
+    if (KrHostSession::FindFeature(nullptr, L"Route", feature)) return __LINE__;
+    if (feature != nullptr) return __LINE__;
+    return 0;
+}
+
+int CheckKrHostRouteReader() {
+    KrHostRouteReader reader(nullptr);
+    std::vector<int> ids;
+    if (reader.ReadRouteSegmentIds(ids) != 1 || !ids.empty()) return __LINE__;
+    double length = 4.0;
+    if (reader.ReadSegmentLength(1, length) != 1 || !Near(length, 4.0)) return __LINE__;
+    if (reader.CreateWayPoints(ids, nullptr) != 1) return __LINE__;
+
+    std::vector<KrHostRef<IHostUnknown>> entities;
+    if (KrHostRouteReader::FetchEntities(nullptr, 1, entities) != 1) return __LINE__;
+    KrHostRef<IHostUnknown> none = KrHostQuery<IHostUnknown>(nullptr, KR_IID_UNKNOWN);
+    if (none) return __LINE__;
+    return 0;
+}
+
+int CheckKrHostRouteWriter() {
+    if (KrHostRouteWriter::AlongXRelation != L"sgALONGX3D") return __LINE__;
+    if (KrHostRouteWriter::AlongYRelation != L"sgALONGY3D") return __LINE__;
+    if (KrHostRouteWriter::CoincidentRelation != L"sgCOINCIDENT") return __LINE__;
+
+    double const origin[3] = {0.0, 0.0, 0.0};
+    double const up[3] = {0.0, 2.0, 0.0};
+    double const right[3] = {2.0, 0.0, 0.0};
+    double const diagonal[3] = {2.0, 2.0, 0.0};
+    if (KrHostRouteWriter::AxisCode(ALLine(origin, up)) != 2) return __LINE__;
+    if (KrHostRouteWriter::AxisCode(ALLine(origin, right)) != 1) return __LINE__;
+    if (KrHostRouteWriter::AxisCode(ALLine(origin, diagonal)) != 0) return __LINE__;
+
+    std::vector<double> points;
+    std::vector<int> constraints;
+    if (KrHostRouteWriter::WriteArrays(nullptr, points, constraints) != 1) return __LINE__;
+    if (KrHostRouteWriter::WriteToHost(nullptr, nullptr, nullptr, false, false, nullptr) != 1)
+        return __LINE__;
+    return 0;
+}
+
 struct Check {
     char const* name;
     int (*run)();
@@ -268,6 +615,23 @@ Check const kChecks[] = {
     {"KrRouteSegment", CheckKrRouteSegment},
     {"KrRoutingGrid", CheckKrRoutingGrid},
     {"KrRoutingGridNode", CheckKrRoutingGridNode},
+    {"KrSketch", CheckKrSketch},
+    {"KrRouteConnector", CheckKrRouteConnector},
+    {"KrRouteBends", CheckKrRouteBends},
+    {"KrRoutingSketchLineEnd", CheckKrRoutingSketchLineEnd},
+    {"priorities", CheckPriorities},
+    {"KrRoutingAssignAngleByDiameter", CheckAssignAngleByDiameter},
+    {"KrRoutingAssignAngleByLength", CheckAssignAngleByLength},
+    {"KrRoutingAssignAngleAllPositiveByDiameter", CheckAssignAngleAllPositiveByDiameter},
+    {"cross-line updates", CheckCrossLineUpdates},
+    {"KrRoutingLayout", CheckKrRoutingLayout},
+    {"KrRoutingCheck", CheckKrRoutingCheck},
+    {"KrAutoLayout", CheckKrAutoLayout},
+    {"KrLayoutRun", CheckKrLayoutRun},
+    {"KrHostLocale", CheckKrHostLocale},
+    {"KrHostSession", CheckKrHostSession},
+    {"KrHostRouteReader", CheckKrHostRouteReader},
+    {"KrHostRouteWriter", CheckKrHostRouteWriter},
 };
 
 }  // namespace
