@@ -1,0 +1,612 @@
+#!/usr/bin/env python3
+"""Tests of the krlayout command-line tool, one group per CTest test.
+
+    tool_tests.py KRLAYOUT_EXE GROUP [BUILD_DIR]
+
+Groups: engine-bay, dashboard, machine-cabinet (an example in both layout types and every output
+format, the DXF read back), failures (the loop and disjoint examples), errors (bad documents),
+options (bad options, scales, write failures) and install (the installed tool finds its examples).
+"""
+
+import json
+import math
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+
+import ezdxf
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+ROOT = os.path.dirname(os.path.dirname(HERE))
+EXAMPLES = os.path.join(ROOT, "tool", "examples")
+FORMATS = (".json", ".svg", ".pdf", ".png", ".dxf")
+PNG_SIGNATURE = b"\x89PNG\r\n\x1a\n"
+TOL = 1e-6
+
+TOOL = None
+FAILURES = []
+
+
+def run(args, cwd=None, timeout=600):
+    proc = subprocess.run([TOOL] + args, cwd=cwd, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                          timeout=timeout)
+    return proc.returncode, proc.stdout.decode("utf-8", "replace"), proc.stderr.decode("utf-8", "replace")
+
+
+def check(condition, message):
+    if not condition:
+        raise AssertionError(message)
+
+
+def case(name):
+    """Runs a test function, records its failure and goes on with the next."""
+    def wrap(fn):
+        def runner(*args):
+            label = " ".join([name] + [repr(a)[:40] for a in args])
+            try:
+                fn(*args)
+                print("PASS " + label, flush=True)
+            except Exception as e:  # a failed check or an unexpected error: both fail the case
+                FAILURES.append(label)
+                print("FAIL %s: %s" % (label, e), flush=True)
+        return runner
+    return wrap
+
+
+def listing(folder):
+    return sorted(os.listdir(folder))
+
+
+# ---------------------------------------------------------------------------------------------
+# Checks of the outputs
+
+
+def check_png(path):
+    with open(path, "rb") as f:
+        check(f.read(8) == PNG_SIGNATURE, "%s does not start with the PNG signature" % path)
+
+
+def check_pdf(path):
+    with open(path, "rb") as f:
+        check(f.read(5) == b"%PDF-", "%s does not start with %%PDF" % path)
+
+
+def check_svg(path, folder):
+    out = os.path.join(folder, "rendered-check.png")
+    proc = subprocess.run(["rsvg-convert", "-o", out, path], stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE)
+    check(proc.returncode == 0, "rsvg-convert failed on %s: %s" % (path, proc.stderr.decode()))
+    check(proc.stderr.strip() == b"", "rsvg-convert complained: %s" % proc.stderr.decode())
+    check_png(out)
+    os.remove(out)
+
+
+def load_json(path):
+    with open(path, encoding="utf-8") as f:
+        return json.load(f)
+
+
+def check_result_document(doc, layout_type, mode):
+    check(doc["format"] == "krlayout-result", "format")
+    check(doc["status"] == 0 and doc["laid_out"] is True, "status %r" % doc["status"])
+    check(doc["options"]["layout_type"] == layout_type, "layout type")
+    check(doc["options"]["mode"] == mode, "mode")
+    check(doc["check"] is None and doc["messages"] == [], "no check message on success")
+    check(doc["host"]["references_left"] == 0, "host references left: %r" % doc["host"])
+    quality = doc["quality"]
+    for key in ("segments", "lines", "crossing_pairs", "overlapping_pieces", "segment_lengths", "extent"):
+        check(key in quality, "quality report lacks %s" % key)
+    lines = 0
+    for seg in doc["segments"]:
+        check(seg["lines"], "segment %d has no lines" % seg["id"])
+        check(seg["diameter"] > 0 and seg["length"] > 0, "segment %d length/diameter" % seg["id"])
+        for line in seg["lines"]:
+            lines += 1
+            s, e = line["start"], line["end"]
+            check(len(s) == 3 and len(e) == 3 and s[2] == 0 and e[2] == 0, "points are x, y, z=0")
+            expected = 2 if abs(s[0] - e[0]) < 1e-5 else 1 if abs(s[1] - e[1]) < 1e-5 else 0
+            check(line["axis"] == expected, "axis code of %r" % line)
+            if mode == "host":
+                check(line["line_id"][0] == 1, "host line id %r" % line["line_id"])
+            else:
+                check(line["line_id"][0] == line["line_id"][1], "array line id %r" % line["line_id"])
+        for fillet in seg["fillets"]:
+            check(1 <= fillet["line"] < len(seg["lines"]), "fillet joint index")
+            check(0 < fillet["radius"] <= fillet["requested_radius"] + TOL, "fillet radius")
+    check(quality["lines"] == lines and quality["segments"] == len(doc["segments"]), "report counts")
+    return lines
+
+
+def check_dxf_against_json(dxf_path, doc):
+    """The DXF holds one layer per segment with the segment's lines and fillet arcs."""
+    dxf = ezdxf.readfile(dxf_path)
+    layers = {layer.dxf.name for layer in dxf.layers}
+    msp = dxf.modelspace()
+    by_layer = {}
+    for e in msp:
+        by_layer.setdefault(e.dxf.layer, []).append(e)
+    expected_layers = {"SEG_%d" % seg["id"] for seg in doc["segments"]}
+    check(expected_layers <= layers, "DXF layer table lacks %s" % sorted(expected_layers - layers)[:5])
+    geometry_layers = {name for name, ents in by_layer.items()
+                       if any(e.dxftype() in ("LINE", "ARC") for e in ents)}
+    check(geometry_layers == expected_layers,
+          "layers with geometry differ: %s" % sorted(geometry_layers ^ expected_layers)[:5])
+    for seg in doc["segments"]:
+        ents = by_layer.get("SEG_%d" % seg["id"], [])
+        lines = [e for e in ents if e.dxftype() == "LINE"]
+        arcs = [e for e in ents if e.dxftype() == "ARC"]
+        check(len(lines) == len(seg["lines"]),
+              "segment %d: %d DXF lines, %d in JSON" % (seg["id"], len(lines), len(seg["lines"])))
+        for line, jl in zip(lines, seg["lines"]):
+            got = (line.dxf.start[0], line.dxf.start[1], line.dxf.end[0], line.dxf.end[1])
+            want = (jl["drawn"]["start"][0], jl["drawn"]["start"][1], jl["drawn"]["end"][0], jl["drawn"]["end"][1])
+            check(all(abs(a - b) < TOL for a, b in zip(got, want)),
+                  "segment %d: DXF line %r, JSON %r" % (seg["id"], got, want))
+        check(len(arcs) == len(seg["fillets"]),
+              "segment %d: %d DXF arcs, %d fillets" % (seg["id"], len(arcs), len(seg["fillets"])))
+        for arc, f in zip(arcs, seg["fillets"]):
+            check(abs(arc.dxf.radius - f["radius"]) < TOL, "arc radius")
+            check(abs(arc.dxf.center[0] - f["center"][0]) < TOL and abs(arc.dxf.center[1] - f["center"][1]) < TOL,
+                  "arc center")
+            # The arc runs between the two tangent points.
+            ends = [arc.start_point, arc.end_point]
+            for t in f["tangent_points"]:
+                check(any(math.hypot(p[0] - t[0], p[1] - t[1]) < 1e-5 for p in ends),
+                      "arc end %r not at a tangent point" % (t,))
+
+
+# ---------------------------------------------------------------------------------------------
+# Groups
+
+
+def example_group(name):
+    doc_path = os.path.join(EXAMPLES, name + ".json")
+
+    @case("all formats")
+    def all_formats(layout_type, mode):
+        with tempfile.TemporaryDirectory() as tmp:
+            outs = [os.path.join(tmp, "out" + ext) for ext in FORMATS]
+            # The length layout also prints the quality report; the others run quietly.
+            report = layout_type == 1
+            args = [doc_path, "-t", ["diameter", "length"][layout_type], "-m", mode]
+            args += ["--report"] if report else ["-q"]
+            for o in outs:
+                args += ["-o", o]
+            code, out, err = run(args)
+            check(code == 0, "exit %d: %s" % (code, err))
+            check(err == "", "stderr: %r" % err)
+            if report:
+                for text in ("Quality report", "segments:", "crossing pairs:", "overlapping pieces:",
+                             "extent:", "per segment", "laid out", "wrote "):
+                    check(text in out, "output lacks %r" % text)
+            else:
+                check(out == "", "quiet run printed %r" % out)
+            doc = load_json(outs[0])
+            check_result_document(doc, layout_type, mode)
+            with open(doc_path, encoding="utf-8") as f:
+                source = json.load(f)
+            check(len(doc["segments"]) + len(doc["removed_segments"]) == len(source["segments"]),
+                  "every segment of the document is accounted for")
+            if mode == "host":
+                check(any(seg["fillets"] for seg in doc["segments"]) or
+                      all(len(seg["lines"]) == 1 for seg in doc["segments"]), "fillets drawn")
+            else:
+                check(all(not seg["fillets"] for seg in doc["segments"]), "no fillets from arrays")
+            # Connectors of the component map are named at their ends.
+            named = sum(len(seg["connectors"]) for seg in doc["segments"])
+            check(named >= len(source["components"]) - len(doc["removed_segments"]),
+                  "connectors named: %d of %d" % (named, len(source["components"])))
+            check_svg(outs[1], tmp)
+            check_pdf(outs[2])
+            check_png(outs[3])
+            check_dxf_against_json(outs[4], doc)
+            check(sorted(os.listdir(tmp)) == sorted(os.path.basename(o) for o in outs),
+                  "stray files: %s" % os.listdir(tmp))
+
+    for layout_type in (0, 1):
+        all_formats(layout_type, "host")
+    all_formats(0, "arrays")
+
+    if name == "engine-bay":
+        @case("drawing options")
+        def drawing_options():
+            with tempfile.TemporaryDirectory() as tmp:
+                plain = os.path.join(tmp, "plain.json")
+                code, _, err = run([doc_path, "--no-relations", "--no-fillets", "-o", plain,
+                                    "-o", os.path.join(tmp, "plain.dxf")])
+                check(code == 0, "exit %d: %s" % (code, err))
+                doc = load_json(plain)
+                check(doc["options"]["relations"] is False and doc["options"]["fillets"] is False, "options")
+                check(all(not l["relations"] for s in doc["segments"] for l in s["lines"]), "no relations")
+                check(all(not s["fillets"] for s in doc["segments"]), "no fillets")
+                check(doc["host"]["fillets"] == 0 and doc["host"]["relations"] == 0, "host did nothing")
+                check_dxf_against_json(os.path.join(tmp, "plain.dxf"), doc)
+
+                feat = os.path.join(tmp, "feature.json")
+                code, _, err = run([doc_path, "--feature", "Route1", "-o", feat])
+                check(code == 0, "exit %d: %s" % (code, err))
+                doc = load_json(feat)
+                check(doc["options"]["feature"] == "Route1", "feature recorded")
+                check(all("sgCOINCIDENT" in l["relations"] for s in doc["segments"] for l in s["lines"]),
+                      "every line coincident with the feature")
+                axis = [l for s in doc["segments"] for l in s["lines"] if l["axis"] != 0]
+                check(all(("sgALONGY3D" if l["axis"] == 2 else "sgALONGX3D") in l["relations"] for l in axis),
+                      "axis relations on axis-parallel lines")
+
+                grid = os.path.join(tmp, "grid.json")
+                code, _, err = run([doc_path, "--grid", "0.05,0.01", "-o", grid])
+                check(code == 0, "exit %d: %s" % (code, err))
+                doc = load_json(grid)
+                check(doc["options"]["grid"] == [0.05, 0.01], "grid recorded: %r" % doc["options"]["grid"])
+                radii = [f["requested_radius"] for s in doc["segments"] for f in s["fillets"]]
+                check(all(abs(r - 0.025) < 1e-12 for r in radii), "fillet radius is half the x spacing")
+
+        drawing_options()
+
+
+def failures_group():
+    @case("check failure")
+    def failure(name, code_wanted, message, ids):
+        doc_path = os.path.join(EXAMPLES, name + ".json")
+        with tempfile.TemporaryDirectory() as tmp:
+            outs = [os.path.join(tmp, "fail" + ext) for ext in FORMATS]
+            args = [doc_path, "-q"]
+            for o in outs:
+                args += ["-o", o]
+            code, out, err = run(args)
+            check(code == code_wanted, "exit %d, wanted %d: %s" % (code, code_wanted, err))
+            check(message in err, "stderr lacks %r: %r" % (message, err))
+            for i in ids:
+                check(str(i) in err, "stderr lacks segment id %d" % i)
+            doc = load_json(outs[0])
+            check(doc["status"] == code_wanted and doc["laid_out"] is False, "status in JSON")
+            check(doc["check"]["message"] == message, "check message %r" % doc["check"])
+            check(sorted(doc["check"]["segments"]) == sorted(ids), "segments %r" % doc["check"]["segments"])
+            check(all(m["text"] == message for m in doc["messages"]), "messages")
+            check_svg(outs[1], tmp)
+            check_pdf(outs[2])
+            check_png(outs[3])
+            dxf = ezdxf.readfile(outs[4])
+            layers = {e.dxf.layer for e in dxf.modelspace() if e.dxftype() == "LINE"}
+            check(layers == {"SEG_%d" % s["id"] for s in doc["segments"]}, "input sketch in the DXF")
+            check(len(os.listdir(tmp)) == len(FORMATS), "stray files: %s" % os.listdir(tmp))
+
+    failure("door-loop", 7, "Loop Segment", [202, 205, 208])
+    failure("rear-disjoint", 8, "Disjoint Segment", [308, 309])
+
+    @case("host failure")
+    def host_failure():
+        with tempfile.TemporaryDirectory() as tmp:
+            doc = {"available": {"activeDocument": False},
+                   "segments": [{"id": 1, "value": 0.005,
+                                 "entities": [{"kind": "line", "start": [0, 0, 0], "end": [0.1, 0, 0]}]}]}
+            path = os.path.join(tmp, "nodoc.json")
+            with open(path, "w") as f:
+                json.dump(doc, f)
+            code, _, err = run([path, "-o", os.path.join(tmp, "r.json")])
+            check(code == 2, "exit %d: %s" % (code, err))
+            check("no active document" in err, "message: %r" % err)
+            check(load_json(os.path.join(tmp, "r.json"))["status"] == 2, "status in JSON")
+
+            empty = {"segments": []}
+            path = os.path.join(tmp, "nosegments.json")
+            with open(path, "w") as f:
+                json.dump(empty, f)
+            code, _, err = run([path])
+            check(code == 1, "exit %d: %s" % (code, err))
+            check("no route segments" in err, "message: %r" % err)
+
+    host_failure()
+
+    @case("quality report of a sketch")
+    def quality_of_sketch():
+        # A loop stops the run, so the report measures this input sketch: one proper crossing
+        # (segments 1 and 4), one collinear overlap of 0.2 (segments 1 and 5); lines that only
+        # share an end (6 and 7 with 1) count as neither.
+        def line(i, a, b):
+            return {"id": i, "value": 0.004, "entities": [
+                {"kind": "line", "start": [a[0], a[1], 0], "end": [b[0], b[1], 0]}]}
+        doc = {"segments": [line(1, (0, 0), (1, 0)), line(2, (1, 0), (0.5, 1)), line(3, (0.5, 1), (0, 0)),
+                            line(4, (0.5, -0.5), (0.5, 0.5)), line(5, (0.2, 0), (0.4, 0)),
+                            line(6, (1, 0), (1.5, 0)), line(7, (0, 0), (-0.5, 0.5))]}
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "sketch.json")
+            with open(path, "w") as f:
+                json.dump(doc, f)
+            code, out, err = run([path, "-o", os.path.join(tmp, "r.json"), "--report"])
+            check(code == 7, "exit %d: %r" % (code, err))
+            q = load_json(os.path.join(tmp, "r.json"))["quality"]
+            check(q["measured"] == "input sketch", q["measured"])
+            check(q["segments"] == 7 and q["lines"] == 7, "counts %r" % q)
+            check(q["crossing_pairs"] == 1, "crossings %r" % q["crossings"])
+            c = q["crossings"][0]
+            check(sorted(c["segments"]) == [1, 4] and abs(c["at"][0] - 0.5) < 1e-9 and abs(c["at"][1]) < 1e-9,
+                  "crossing %r" % c)
+            check(q["overlapping_pieces"] == 1 and abs(q["overlap_length"] - 0.2) < 1e-9, "overlaps %r" % q["overlaps"])
+            check(sorted(q["overlaps"][0]["segments"]) == [1, 5], "overlap segments")
+            check(q["extent"]["min"] == [-0.5, -0.5] and q["extent"]["max"] == [1.5, 1], "extent %r" % q["extent"])
+            check("crossing pairs:      1" in out, "printed report: %r" % out)
+
+    quality_of_sketch()
+
+
+def errors_group():
+    bad_documents = [
+        ("not JSON", "{\n  \"segments\": [\n    {\"id\": 1,, }\n  ]\n}\n", ["3:", "not valid JSON"]),
+        ("truncated", "{\"segments\": [", ["not valid JSON"]),
+        ("wrong type of segments", "{\"segments\": {\"id\": 1}}", ["/segments", "expected an array"]),
+        ("wrong type of id", "{\"segments\": [{\"id\": \"one\", \"value\": 0.005}]}",
+         ["/segments/0/id", "expected an integer"]),
+        ("wrong type of value", "{\"segments\": [{\"id\": 1, \"value\": [1]}]}", ["/segments/0/value"]),
+        ("missing id", "{\"segments\": [{\"value\": 0.005, \"entities\": []}]}",
+         ["/segments/0/id", "missing"]),
+        ("missing segments", "{\"name\": \"x\"}", ["/segments", "missing"]),
+        ("NaN as a string", json.dumps({"segments": [{"id": 1, "value": 0.005, "entities": [
+            {"kind": "line", "start": ["NaN", 0, 0], "end": [0.1, 0, 0]}]}]}),
+         ["/segments/0/entities/0/start/0", "expected a number"]),
+        ("infinity as a string", json.dumps({"segments": [{"id": 1, "value": 0.005, "entities": [
+            {"kind": "line", "start": [0, 0, 0], "end": [0.1, "Infinity", 0]}]}]}),
+         ["/segments/0/entities/0/end/1"]),
+        ("bare NaN", "{\"segments\": [{\"id\": 1, \"value\": NaN}]}", ["1:", "not valid JSON"]),
+        ("huge number", "{\"segments\": [{\"id\": 1, \"value\": 1e999}]}", ["1:", "too large"]),
+        ("empty document", "", ["empty document"]),
+        ("blank document", "  \n\t\n", ["empty document"]),
+        ("not an object", "[1, 2, 3]", ["route document is a JSON object"]),
+        ("unknown field", "{\"segments\": [], \"colour\": 1}", ["/colour", "unknown field"]),
+    ]
+
+    @case("bad document")
+    def bad_document(label, text, expected):
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "bad.json")
+            with open(path, "w", encoding="utf-8") as f:
+                f.write(text)
+            before = listing(tmp)
+            args = [path]
+            for ext in FORMATS:
+                args += ["-o", os.path.join(tmp, "out" + ext)]
+            code, out, err = run(args)
+            check(code == 3, "%s: exit %d, wanted 3: %r" % (label, code, err))
+            for e in expected:
+                check(e in err, "%s: message lacks %r: %r" % (label, e, err))
+            check(err.startswith("krlayout: "), "message names the tool: %r" % err)
+            check(listing(tmp) == before, "%s: files left behind: %s" % (label, listing(tmp)))
+
+    for label, text, expected in bad_documents:
+        bad_document(label, text, expected)
+
+    @case("missing document")
+    def missing_document():
+        with tempfile.TemporaryDirectory() as tmp:
+            code, _, err = run([os.path.join(tmp, "nothing.json"), "-o", os.path.join(tmp, "a.png")])
+            check(code == 3, "exit %d" % code)
+            check("cannot read" in err, err)
+            code, _, err = run([tmp, "-o", os.path.join(tmp, "a.png")])
+            check(code == 3 and "directory" in err, "a directory: %d %r" % (code, err))
+            check(listing(tmp) == [], "files left behind")
+
+    missing_document()
+
+    @case("too large for the grid")
+    def too_large():
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "long.json")
+            with open(path, "w") as f:
+                json.dump({"segments": [
+                    {"id": 1, "value": 0.01, "entities": [{"kind": "line", "start": [0, 0, 0], "end": [3000, 0, 0]}]},
+                    {"id": 2, "value": 0.01, "entities": [{"kind": "line", "start": [3000, 0, 0], "end": [1e300, 0, 0]}]}]}, f)
+            before = listing(tmp)
+            code, _, err = run([path, "-o", os.path.join(tmp, "x.png")])
+            check(code == 3, "exit %d: %r" % (code, err))
+            check("coarser --grid" in err, "message: %r" % err)
+            check(listing(tmp) == before, "files left behind")
+
+    too_large()
+
+
+def options_group():
+    doc_path = os.path.join(EXAMPLES, "engine-bay.json")
+    bad_options = [
+        (["--grid", "0"], ["--grid", "greater than zero"]),
+        (["--grid", "0.02,0"], ["--grid", "greater than zero"]),
+        (["--grid", "-0.02"], ["--grid"]),
+        (["--grid", "nan"], ["--grid", "not finite"]),
+        (["--grid", "inf,0.02"], ["--grid", "not finite"]),
+        (["--grid", "abc"], ["--grid", "not a number"]),
+        (["--grid-x", "0"], ["--grid-x", "greater than zero"]),
+        (["--grid-y", "1e999"], ["--grid-y"]),
+        (["--type", "angle"], ["--type"]),
+        (["--mode", "paper"], ["--mode"]),
+        (["--scale", "1:0"], ["--scale"]),
+        (["--scale", "big"], ["--scale"]),
+        (["--units", "furlong"], ["--units"]),
+        (["--no-such-option"], ["no-such-option"]),
+        (["-o", "out.txt"], ["unknown output format", "out.txt"]),
+        (["-o", "out"], ["unknown output format"]),
+        (["--example", "no-such-harness"], ["no example"]),
+    ]
+
+    @case("bad option")
+    def bad_option(extra, expected):
+        with tempfile.TemporaryDirectory() as tmp:
+            document = [] if extra[:2] == ["--example", "no-such-harness"] else [doc_path]
+            args = document + ["-o", os.path.join(tmp, "a.png"), "-o", os.path.join(tmp, "a.json")] + extra
+            code, out, err = run(args, cwd=tmp)
+            check(code == 2, "%s: exit %d, wanted 2: %r" % (extra, code, err))
+            for e in expected:
+                check(e in err, "%s: message lacks %r: %r" % (extra, e, err))
+            check(listing(tmp) == [], "%s: files written: %s" % (extra, listing(tmp)))
+
+    for extra, expected in bad_options:
+        bad_option(extra, expected)
+    bad_option(["--example", "dashboard"], ["either a DOCUMENT or --example"])
+
+    @case("help and version")
+    def help_and_version():
+        code, out, _ = run(["--help"])
+        check(code == 0, "--help exit %d" % code)
+        for text in ("--grid", "--mode", "--scale", "metres", "--report", ".dxf", "Exit codes"):
+            check(text in out, "--help lacks %r" % text)
+        code, out, _ = run(["--version"])
+        check(code == 0 and out.startswith("krlayout "), "--version: %d %r" % (code, out))
+        code, out, _ = run(["--list-examples"])
+        check(code == 0 and "engine-bay" in out and "machine-cabinet" in out, "--list-examples: %r" % out)
+
+    help_and_version()
+
+    @case("default example")
+    def default_example():
+        with tempfile.TemporaryDirectory() as tmp:
+            code, out, err = run(["-o", "default.json"], cwd=tmp)
+            check(code == 0, "exit %d: %s" % (code, err))
+            doc = load_json(os.path.join(tmp, "default.json"))
+            check(doc["document"] == "Engine-bay harness", "default example: %r" % doc["document"])
+            code, out, err = run(["--example", "dashboard", "-o", "d.json", "-q"], cwd=tmp)
+            check(code == 0, "exit %d: %s" % (code, err))
+            check(load_json(os.path.join(tmp, "d.json"))["document"] == "Dashboard harness", "--example")
+
+    default_example()
+
+    @case("full-size pdf")
+    def full_size_pdf():
+        with tempfile.TemporaryDirectory() as tmp:
+            pdf = os.path.join(tmp, "board.pdf")
+            res = os.path.join(tmp, "board.json")
+            code, _, err = run([doc_path, "--scale", "1:1", "-o", pdf, "-o", res])
+            check(code == 0, "exit %d: %s" % (code, err))
+            ext = load_json(res)["quality"]["extent"]
+            info = subprocess.run(["pdfinfo", pdf], stdout=subprocess.PIPE).stdout.decode()
+            size = [l for l in info.splitlines() if l.startswith("Page size:")][0].split()
+            width, height = float(size[2]), float(size[4])
+            points_per_metre = 72 / 0.0254
+            # The drawing is at full size: the page holds the extent plus fixed margins only.
+            check(width >= ext["width"] * points_per_metre, "page %.0f pt narrower than %.3f m" % (width, ext["width"]))
+            check(width <= ext["width"] * points_per_metre + 400, "page %.0f pt too wide" % width)
+            check(height >= ext["height"] * points_per_metre, "page too short")
+            fitted = os.path.join(tmp, "fit.pdf")
+            code, _, _ = run([doc_path, "--scale", "1:10", "-o", fitted])
+            check(code == 0, "1:10")
+
+    full_size_pdf()
+
+    @case("write failures")
+    def write_failures():
+        with tempfile.TemporaryDirectory() as tmp:
+            good = os.path.join(tmp, "good.png")
+            code, _, err = run([doc_path, "-o", good, "-o", os.path.join(tmp, "missing", "x.json")])
+            check(code == 9, "exit %d, wanted 9: %s" % (code, err))
+            check("missing" in err, "message names the file: %r" % err)
+            check(listing(tmp) == ["good.png"], "only the good output: %s" % listing(tmp))
+            check_png(good)
+            # An existing output is replaced whole.
+            with open(good, "wb") as f:
+                f.write(b"old")
+            code, _, err = run([doc_path, "-o", good, "-q"])
+            check(code == 0, "exit %d" % code)
+            check_png(good)
+            os.mkdir(os.path.join(tmp, "dir.json"))
+            code, _, err = run([doc_path, "-o", os.path.join(tmp, "dir.json")])
+            check(code == 9 and "directory" in err, "a directory as output: %d %r" % (code, err))
+            check(listing(tmp) == ["dir.json", "good.png"], "left behind: %s" % listing(tmp))
+
+    write_failures()
+
+    @case("input is not overwritten")
+    def input_kept():
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "doc.json")
+            shutil.copy(doc_path, path)
+            code, _, err = run([path, "-o", os.path.join(tmp, "x.png"), "-o", path])
+            check(code == 2 and "input document" in err, "exit %d: %r" % (code, err))
+            with open(path, "rb") as a, open(doc_path, "rb") as b:
+                check(a.read() == b.read(), "the input document was changed")
+            check(listing(tmp) == ["doc.json"], "files written: %s" % listing(tmp))
+
+    input_kept()
+
+    @case("time limit")
+    def time_limit():
+        # A large random tree; the layout either finishes within a second or is stopped cleanly.
+        import random
+        rng = random.Random(5)
+        points = [(0.0, 0.0)]
+        segments = []
+        for i in range(1, 1201):
+            a = points[rng.randrange(len(points))]
+            b = (a[0] + rng.uniform(0.05, 0.3), a[1] + rng.uniform(-0.3, 0.3) + i * 1e-4)
+            points.append(b)
+            segments.append({"id": i, "value": 0.005, "entities": [
+                {"kind": "line", "start": [a[0], a[1], 0], "end": [b[0], b[1], 0]}]})
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "big.json")
+            with open(path, "w") as f:
+                json.dump({"segments": segments}, f)
+            code, _, err = run([path, "--time-limit", "1", "-o", os.path.join(tmp, "x.json")])
+            check(code in (0, 7, 8, 11), "exit %d: %r" % (code, err))
+            if code == 11:
+                check("--time-limit" in err, "message: %r" % err)
+                check(listing(tmp) == ["big.json"], "files left behind: %s" % listing(tmp))
+
+    time_limit()
+
+
+def install_group(build_dir):
+    @case("installed tool")
+    def installed():
+        check(build_dir and os.path.isdir(build_dir), "no build directory given")
+        with tempfile.TemporaryDirectory() as tmp:
+            prefix = os.path.join(tmp, "prefix")
+            proc = subprocess.run(["cmake", "--install", build_dir, "--prefix", prefix],
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            check(proc.returncode == 0, "cmake --install failed: %s" % proc.stderr.decode())
+            exe = os.path.join(prefix, "bin", "krlayout")
+            check(os.access(exe, os.X_OK), "bin/krlayout installed")
+            examples = os.path.join(prefix, "share", "krlayout", "examples")
+            for name in ("engine-bay", "dashboard", "machine-cabinet", "door-loop", "rear-disjoint"):
+                check(os.path.isfile(os.path.join(examples, name + ".json")), "%s installed" % name)
+            work = os.path.join(tmp, "elsewhere")
+            os.mkdir(work)
+            proc = subprocess.run([exe, "-o", "x.png", "-o", "x.json", "--list-examples"], cwd=work,
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            check(proc.returncode == 0 and examples in proc.stdout.decode(),
+                  "installed examples found: %r" % proc.stdout.decode())
+            proc = subprocess.run([exe, "-o", "x.png", "-o", "x.json"], cwd=work,
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            check(proc.returncode == 0, "installed run: %s" % proc.stderr.decode())
+            check(load_json(os.path.join(work, "x.json"))["source"].startswith(examples),
+                  "the installed example was used")
+            check_png(os.path.join(work, "x.png"))
+
+    installed()
+
+
+def main():
+    global TOOL
+    if len(sys.argv) < 3:
+        print(__doc__)
+        return 2
+    TOOL = os.path.abspath(sys.argv[1])
+    group = sys.argv[2]
+    if group in ("engine-bay", "dashboard", "machine-cabinet"):
+        example_group(group)
+    elif group == "failures":
+        failures_group()
+    elif group == "errors":
+        errors_group()
+    elif group == "options":
+        options_group()
+    elif group == "install":
+        install_group(sys.argv[3] if len(sys.argv) > 3 else "")
+    else:
+        print("unknown group " + group)
+        return 2
+    if FAILURES:
+        print("%d failed: %s" % (len(FAILURES), ", ".join(FAILURES)))
+        return 1
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,260 @@
+#include "CommandLine.h"
+
+#include "UnitFormat.h"
+
+#include <CLI/CLI.hpp>
+#include <krlayout/krlayout_version.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <ostream>
+
+namespace krtool {
+
+namespace {
+
+char const* const kFooter = R"(Outputs (-o, any number, chosen by extension):
+  .json  the result document: per segment its lines (start, end, axis code, line id),
+         point ids, relations, fillets; the status, the checks' messages and the
+         quality report
+  .svg .pdf .png  a drawing: segments labelled with id, true length and diameter,
+         connector names at the ends, fillet arcs, a grid and a scale bar; when a
+         check fails, the input sketch with the offending segments in red
+  .dxf   ASCII DXF R12: a layer SEG_<id> per segment with LINE and ARC entities
+
+Units: coordinates, lengths, diameters and grid spacings are in the document's model
+units: metres, unless --units names others. The default grid spacing is 0.02 m,
+converted to those units.
+
+Exit codes: 0 done; 1-6 the host could not provide the route sketch (the run's status);
+7 the sketch has a closed loop; 8 the sketch has disjoint pieces; 2 bad options;
+3 the document cannot be read, is malformed or too large for the grid; 9 an output
+file could not be written; 10 an internal error; 11 the layout exceeded --time-limit.
+Outputs are still written when a check fails.)";
+
+std::string lower(std::string s)
+{
+    std::transform(s.begin(), s.end(), s.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return s;
+}
+
+bool parseNumber(std::string const& text, double& value)
+{
+    if (text.empty() || std::isspace(static_cast<unsigned char>(text.front())))
+        return false;
+    char* end = nullptr;
+    errno = 0;
+    value = std::strtod(text.c_str(), &end);
+    return end != nullptr && *end == '\0' && errno == 0;
+}
+
+}  // namespace
+
+bool CommandLine::knownExtension(std::string const& path, std::string& extension)
+{
+    std::string::size_type const slash = path.find_last_of('/');
+    std::string::size_type const dot = path.find_last_of('.');
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash) ||
+        dot + 1 == path.size() || dot == (slash == std::string::npos ? 0 : slash + 1))
+        return false;
+    extension = lower(path.substr(dot));
+    return extension == ".json" || extension == ".svg" || extension == ".pdf" ||
+           extension == ".png" || extension == ".dxf";
+}
+
+bool CommandLine::parseSpacing(std::string const& text, double& value, std::string& why)
+{
+    if (!parseNumber(text, value)) {
+        why = "'" + text + "' is not a number";
+        return false;
+    }
+    if (!std::isfinite(value)) {
+        why = "'" + text + "' is not finite";
+        return false;
+    }
+    if (value <= 0.0) {
+        why = "'" + text + "' is not greater than zero";
+        return false;
+    }
+    return true;
+}
+
+bool CommandLine::parseScale(std::string const& text, double& value)
+{
+    if (lower(text) == "fit") {
+        value = 0.0;
+        return true;
+    }
+    std::string::size_type const colon = text.find(':');
+    if (colon == std::string::npos)
+        return false;
+    double paper = 0.0;
+    double model = 0.0;
+    if (!parseNumber(text.substr(0, colon), paper) || !parseNumber(text.substr(colon + 1), model))
+        return false;
+    if (!std::isfinite(paper) || !std::isfinite(model) || paper <= 0.0 || model <= 0.0)
+        return false;
+    value = paper / model;
+    return std::isfinite(value) && value > 0.0;
+}
+
+int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, std::ostream& out,
+                       std::ostream& err)
+{
+    CLI::App app{"Lays out a route document with krlayout and writes the result as JSON, "
+                 "drawings (SVG, PDF, PNG) and DXF.",
+                 "krlayout"};
+    app.footer(kFooter);
+    app.set_version_flag("--version", std::string("krlayout ") + KRLAYOUT_VERSION_STRING);
+    app.get_formatter()->column_width(30);
+
+    std::string type = "diameter";
+    std::string grid;
+    std::string gridX;
+    std::string gridY;
+    std::string mode = "host";
+    std::string scale = "fit";
+    bool noRelations = false;
+    bool noFillets = false;
+
+    app.add_option("DOCUMENT", options.document,
+                   "Route document (JSON). Without one the bundled engine-bay example is laid out")
+        ->type_name("FILE");
+    app.add_option("-o,--output", options.outputs,
+                   "Write an output; the extension chooses the format: .json .svg .pdf .png .dxf")
+        ->allow_extra_args(false)
+        ->type_name("FILE");
+    app.add_option("-e,--example", options.example,
+                   "Lay out the bundled example NAME instead of a document (see --list-examples)")
+        ->type_name("NAME");
+    app.add_flag("--list-examples", options.listExamples, "List the bundled examples and exit");
+    app.add_option("-t,--type", type, "Layout type: diameter (0) or length (1)")
+        ->type_name("TYPE")
+        ->capture_default_str();
+    app.add_option("-g,--grid", grid, "Grid spacing X[,Y] in model units (default 0.02 m)")
+        ->type_name("X[,Y]");
+    app.add_option("--grid-x", gridX, "Horizontal grid spacing in model units")->type_name("X");
+    app.add_option("--grid-y", gridY, "Vertical grid spacing in model units")->type_name("Y");
+    app.add_option("-m,--mode", mode,
+                   "host: draw into the host sketch (relations, fillets); arrays: fill the output "
+                   "arrays")
+        ->type_name("MODE")
+        ->capture_default_str();
+    app.add_flag("--no-relations", noRelations, "Do not add axis and coincidence relations");
+    app.add_flag("--no-fillets", noFillets, "Do not fillet the joints between lines");
+    app.add_option("-f,--feature", options.feature,
+                   "Run on the host feature NAME (coincident relations with it)")
+        ->type_name("NAME");
+    app.add_option("-u,--units", options.units,
+                   "Model units of the document: m (default), cm, mm, in or ft")
+        ->type_name("UNIT")
+        ->capture_default_str();
+    app.add_flag("-r,--report", options.report, "Print the quality report");
+    app.add_option("-s,--scale", scale,
+                   "PDF and SVG scale: fit, or PAPER:MODEL such as 1:1 (full size) or 1:10")
+        ->type_name("SCALE")
+        ->capture_default_str();
+    app.add_flag("-q,--quiet", options.quiet, "Print nothing but errors");
+    app.add_option("--time-limit", options.timeLimit,
+                   "Give up when the layout takes longer than SECONDS (0: no limit)")
+        ->type_name("SECONDS")
+        ->capture_default_str()
+        ->check(CLI::Range(0u, 86400u));
+
+    try {
+        app.parse(argc, argv);
+    } catch (CLI::CallForHelp const&) {
+        out << app.help();
+        return 0;
+    } catch (CLI::CallForAllHelp const&) {
+        out << app.help("", CLI::AppFormatMode::All);
+        return 0;
+    } catch (CLI::CallForVersion const& e) {
+        out << e.what() << "\n";
+        return 0;
+    } catch (CLI::ParseError const& e) {
+        err << "krlayout: " << e.what() << "\nRun 'krlayout --help' for the options.\n";
+        return 2;
+    }
+
+    auto fail = [&](std::string const& message) {
+        err << "krlayout: " << message << "\n";
+        return 2;
+    };
+
+    std::string const t = lower(type);
+    if (t == "diameter" || t == "0")
+        options.layoutType = 0;
+    else if (t == "length" || t == "1")
+        options.layoutType = 1;
+    else
+        return fail("--type: '" + type + "' is not a layout type (diameter or length)");
+
+    std::string const m = lower(mode);
+    if (m == "host")
+        options.arrays = false;
+    else if (m == "arrays" || m == "array")
+        options.arrays = true;
+    else
+        return fail("--mode: '" + mode + "' is not a mode (host or arrays)");
+
+    std::string why;
+    if (!grid.empty()) {
+        std::string::size_type const comma = grid.find(',');
+        std::string const xs = grid.substr(0, comma);
+        std::string const ys = comma == std::string::npos ? xs : grid.substr(comma + 1);
+        if (!parseSpacing(xs, options.gridX, why) || !parseSpacing(ys, options.gridY, why))
+            return fail("--grid: bad grid spacing: " + why +
+                        " (give a finite number greater than zero, or X,Y)");
+        options.gridGiven = true;
+    }
+    if (app.count("--grid-x") > 0) {
+        if (!parseSpacing(gridX, options.gridX, why))
+            return fail("--grid-x: bad grid spacing: " + why +
+                        " (give a finite number greater than zero)");
+        if (grid.empty() && app.count("--grid-y") == 0)
+            options.gridY = options.gridX;
+        options.gridGiven = true;
+    }
+    if (app.count("--grid-y") > 0) {
+        if (!parseSpacing(gridY, options.gridY, why))
+            return fail("--grid-y: bad grid spacing: " + why +
+                        " (give a finite number greater than zero)");
+        if (grid.empty() && app.count("--grid-x") == 0)
+            options.gridX = options.gridY;
+        options.gridGiven = true;
+    }
+
+    options.metresPerUnit = UnitFormat::metresPerUnit(options.units);
+    if (!(options.metresPerUnit > 0.0))
+        return fail("--units: '" + options.units + "' is not a unit (m, cm, mm, in or ft)");
+    if (!options.gridGiven) {
+        // 0.02 m, the library's default spacing, in the document's units.
+        options.gridX = options.gridY = 0.02 / options.metresPerUnit;
+    }
+
+    if (!parseScale(scale, options.paperScale))
+        return fail("--scale: '" + scale + "' is not a scale (fit, 1:1, 1:10, ...)");
+
+    options.relations = !noRelations;
+    options.fillets = !noFillets;
+    options.hasFeature = app.count("--feature") > 0;
+    if (!options.document.empty() && !options.example.empty())
+        return fail("give either a DOCUMENT or --example, not both");
+
+    for (std::string const& path : options.outputs) {
+        std::string ext;
+        if (path.empty())
+            return fail("--output: empty file name");
+        if (!knownExtension(path, ext))
+            return fail("--output: '" + path +
+                        "': unknown output format (use .json, .svg, .pdf, .png or .dxf)");
+    }
+    return kContinue;
+}
+
+}  // namespace krtool

@@ -1,0 +1,143 @@
+#include "ConnectorPlacer.h"
+
+#include "Geometry2D.h"
+
+#include <cmath>
+
+namespace krtool {
+
+namespace {
+
+using Key = std::pair<long long, long long>;
+
+Key keyOf(Point2 const& p)
+{
+    // Points within the tolerance share a key (close to the boundary they may not; a missed
+    // match only moves a name to the other end).
+    double const step = 10.0 * Geometry2D::kTolerance;
+    auto cell = [step](double v) {
+        double const c = std::round(v / step);
+        // Far-out or non-finite coordinates share the outermost cells.
+        if (!(c > -4e18))
+            return -4000000000000000000LL;
+        if (!(c < 4e18))
+            return 4000000000000000000LL;
+        return static_cast<long long>(c);
+    };
+    return {cell(p.x), cell(p.y)};
+}
+
+// The two chain ends of a segment: the end points met an odd number of times by its lines.
+std::vector<Point2> chainEnds(std::vector<std::pair<Point2, Point2>> const& lines)
+{
+    std::map<Key, std::pair<int, Point2>> seen;
+    std::vector<Key> order;
+    for (auto const& l : lines) {
+        for (Point2 const& p : {l.first, l.second}) {
+            Key const k = keyOf(p);
+            auto it = seen.find(k);
+            if (it == seen.end()) {
+                seen.emplace(k, std::make_pair(1, p));
+                order.push_back(k);
+            } else {
+                it->second.first += 1;
+            }
+        }
+    }
+    std::vector<Point2> ends;
+    for (Key const& k : order) {
+        if (seen[k].first % 2 == 1)
+            ends.push_back(seen[k].second);
+    }
+    if (ends.empty() && !lines.empty()) {
+        ends.push_back(lines.front().first);
+        ends.push_back(lines.back().second);
+    }
+    return ends;
+}
+
+}  // namespace
+
+std::vector<std::pair<std::string, std::string>> ConnectorPlacer::parse(std::string const& text)
+{
+    std::vector<std::pair<std::string, std::string>> out;
+    std::string::size_type const colon = text.find(':');
+    std::string const halves[2] = {
+        colon == std::string::npos ? std::string() : text.substr(0, colon),
+        colon == std::string::npos ? text : text.substr(colon + 1)};
+    for (std::string const& half : halves) {
+        std::string::size_type const at = half.find('@');
+        std::string const head = at == std::string::npos ? std::string() : half.substr(0, at);
+        std::string const tail = at == std::string::npos ? half : half.substr(at + 1);
+        std::string::size_type const inner = tail.find('@');
+        if (inner != std::string::npos && inner >= 1)
+            out.emplace_back(tail, head);
+    }
+    return out;
+}
+
+std::string ConnectorPlacer::displayName(std::string const& connector, std::string const& pin)
+{
+    return pin.empty() ? connector : connector + " (" + pin + ")";
+}
+
+void ConnectorPlacer::place(LayoutResult& result, std::map<long, std::string> const& componentMap)
+{
+    // Line ends of every segment, to tell free ends from branch points.
+    std::vector<std::vector<std::pair<Point2, Point2>>> lines(result.segments.size());
+    std::map<Key, std::vector<size_t>> touching;
+    for (size_t i = 0; i < result.segments.size(); ++i) {
+        ResultSegment const& s = result.segments[i];
+        if (result.laidOut) {
+            for (ResultLine const& l : s.lines)
+                lines[i].push_back({l.start, l.end});
+        } else {
+            lines[i] = s.inputLines;
+        }
+        for (auto const& l : lines[i]) {
+            for (Point2 const& p : {l.first, l.second}) {
+                auto& v = touching[keyOf(p)];
+                if (v.empty() || v.back() != i)
+                    v.push_back(i);
+            }
+        }
+    }
+    for (size_t i = 0; i < result.segments.size(); ++i) {
+        ResultSegment& s = result.segments[i];
+        s.connectors.clear();
+        s.connectorNames.clear();
+        auto it = componentMap.find(s.id);
+        if (it == componentMap.end())
+            continue;
+        auto const named = parse(it->second);
+        for (auto const& [connector, pin] : named)
+            s.connectorNames.push_back(displayName(connector, pin));
+        std::vector<Point2> const ends = chainEnds(lines[i]);
+        if (ends.empty() || named.empty())
+            continue;
+        std::vector<Point2> freeEnds;
+        for (Point2 const& e : ends) {
+            auto const t = touching.find(keyOf(e));
+            bool alone = true;
+            if (t != touching.end()) {
+                for (size_t other : t->second)
+                    alone = alone && other == i;
+            }
+            if (alone)
+                freeEnds.push_back(e);
+        }
+        if (freeEnds.empty())
+            freeEnds.push_back(ends.front());
+        if (named.size() >= 2 && freeEnds.size() >= 2) {
+            s.connectors.push_back({s.connectorNames[0], freeEnds[0]});
+            s.connectors.push_back({s.connectorNames[1], freeEnds[1]});
+        } else {
+            std::string joined;
+            for (std::string const& n : s.connectorNames)
+                joined += (joined.empty() ? "" : ", ") + n;
+            s.connectors.push_back({joined, freeEnds.front()});
+        }
+    }
+}
+
+}  // namespace krtool

@@ -1,0 +1,765 @@
+#include "DrawingRenderer.h"
+
+#include "Geometry2D.h"
+#include "LabelPlacer.h"
+#include "UnitFormat.h"
+
+#include <cairo-pdf.h>
+#include <cairo-svg.h>
+#include <cairo.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <memory>
+#include <ostream>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+namespace krtool {
+
+namespace {
+
+constexpr double kPointsPerMetre = 72.0 / 0.0254;
+constexpr double kMarginX = 36.0;
+constexpr double kHeaderHeight = 72.0;
+constexpr double kFooterHeight = 64.0;
+constexpr double kLabelRoom = 56.0;     // room around the drawing for labels and connector names
+constexpr double kMaxPngPixels = 12000.0;
+
+struct Colour {
+    double r, g, b;
+};
+
+// Distinct colours that stay readable on white.
+Colour const kPalette[] = {
+    {0.12, 0.47, 0.71}, {0.85, 0.37, 0.01}, {0.17, 0.63, 0.17}, {0.58, 0.40, 0.74},
+    {0.55, 0.34, 0.29}, {0.89, 0.10, 0.55}, {0.30, 0.30, 0.30}, {0.60, 0.60, 0.00},
+    {0.09, 0.65, 0.75}, {0.40, 0.20, 0.60}, {0.75, 0.25, 0.25}, {0.10, 0.40, 0.30},
+};
+Colour const kFailed{0.86, 0.08, 0.08};
+Colour const kSketch{0.62, 0.62, 0.62};
+Colour const kInk{0.10, 0.10, 0.10};
+
+cairo_status_t writeToStream(void* closure, unsigned char const* data, unsigned int length)
+{
+    auto* out = static_cast<std::ostream*>(closure);
+    out->write(reinterpret_cast<char const*>(data), static_cast<std::streamsize>(length));
+    return out->good() ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR;
+}
+
+bool finite(Point2 const& p)
+{
+    return std::isfinite(p.x) && std::isfinite(p.y);
+}
+
+// Model coordinates (y up) to paper points (y down).
+struct Frame {
+    double scale = 1.0;
+    double originX = 0.0;
+    double originY = 0.0;
+    double minX = 0.0;
+    double maxY = 0.0;
+
+    Point2 map(Point2 const& p) const
+    {
+        // Scaled before subtracting, so that far-apart coordinates cannot overflow.
+        return {originX + (p.x * scale - minX * scale), originY + (maxY * scale - p.y * scale)};
+    }
+};
+
+struct SurfaceDeleter {
+    void operator()(cairo_surface_t* s) const { cairo_surface_destroy(s); }
+};
+struct ContextDeleter {
+    void operator()(cairo_t* c) const { cairo_destroy(c); }
+};
+using SurfacePtr = std::unique_ptr<cairo_surface_t, SurfaceDeleter>;
+using ContextPtr = std::unique_ptr<cairo_t, ContextDeleter>;
+
+class Painter {
+public:
+    Painter(LayoutResult const& result, QualityReport const& report,
+            DrawingRenderer::Options const& options)
+        : result_(result), report_(report), options_(options), laidOut_(result.laidOut)
+    {
+        for (long id : result.failedIds)
+            failedIds_.push_back(id);
+    }
+
+    void render(std::ostream& out);
+
+private:
+    void planPage();
+    void drawBackground(cairo_t* cr);
+    void drawGrid(cairo_t* cr);
+    void drawSegments(cairo_t* cr);
+    void drawEnds(cairo_t* cr);
+    void placeAndDrawLabels(cairo_t* cr);
+    void drawHeader(cairo_t* cr);
+    void drawScaleBar(cairo_t* cr);
+
+    bool failedSegment(long id) const
+    {
+        return std::find(failedIds_.begin(), failedIds_.end(), id) != failedIds_.end();
+    }
+    Colour colourOf(size_t index, long id) const
+    {
+        if (!failedIds_.empty())
+            return failedSegment(id) ? kFailed : kSketch;
+        return kPalette[index % (sizeof kPalette / sizeof kPalette[0])];
+    }
+    // Paper polylines of a segment: laid-out lines, or the input entities.
+    std::vector<std::vector<Point2>> paperPaths(ResultSegment const& s) const;
+    std::string segmentLabel(ResultSegment const& s) const;
+
+    LayoutResult const& result_;
+    QualityReport const& report_;
+    DrawingRenderer::Options options_;
+    bool laidOut_;
+    std::vector<long> failedIds_;
+
+    Extent extent_;
+    Frame frame_;
+    double pageWidth_ = 0.0;
+    double pageHeight_ = 0.0;
+    double labelFont_ = 7.5;
+    double connectorFont_ = 7.0;
+};
+
+void setColour(cairo_t* cr, Colour const& c, double alpha = 1.0)
+{
+    cairo_set_source_rgba(cr, c.r, c.g, c.b, alpha);
+}
+
+void Painter::planPage()
+{
+    extent_ = Geometry2D::extentOf(result_, laidOut_);
+    if (extent_.empty)
+        extent_.add({0.0, 0.0});
+    // Halves first: the difference of two huge coordinates must not overflow.
+    double const halfWidth = extent_.maxX / 2.0 - extent_.minX / 2.0;
+    double const halfHeight = extent_.maxY / 2.0 - extent_.minY / 2.0;
+    double const metresPerUnit = result_.metresPerUnit > 0.0 ? result_.metresPerUnit : 1.0;
+
+    double scale = 0.0;
+    bool const fixed = options_.paperScale > 0.0 && options_.format != DrawingRenderer::Format::Png;
+    if (fixed) {
+        scale = options_.paperScale * metresPerUnit * kPointsPerMetre;
+        labelFont_ = 9.0;
+        connectorFont_ = 8.5;
+    } else {
+        // Larger harnesses get a larger sheet so that labels keep their room.
+        double const n = static_cast<double>(std::max<size_t>(result_.segments.size(), 1));
+        double const target = std::clamp(260.0 * std::sqrt(n), 900.0, 3600.0);
+        double const halfLong = std::max(halfWidth, halfHeight * 1.25);
+        scale = halfLong > 1e-12 ? (target / 2.0) / halfLong : 1000.0;
+        // Keep at least a few points per grid cell so that neighbouring rows stay apart.
+        double const cell = std::min(result_.gridX, result_.gridY);
+        if (cell > 0.0 && std::isfinite(cell) && scale * cell < 14.0) {
+            double const wanted = 14.0 / cell;
+            double const maxSide = 6000.0;
+            scale = std::min(wanted, halfLong > 1e-12 ? (maxSide / 2.0) / halfLong : wanted);
+        }
+    }
+    if (!std::isfinite(scale) || scale <= 0.0)
+        scale = 1.0;
+    double const drawingWidth = 2.0 * (halfWidth * scale);
+    double const drawingHeight = 2.0 * (halfHeight * scale);
+    // About 350 m of paper: more than any printer or viewer takes.
+    if (!(drawingWidth < 1e6) || !(drawingHeight < 1e6))
+        throw std::runtime_error("the drawing would be too large at this scale (" +
+                                 UnitFormat::plain(drawingWidth / kPointsPerMetre) + " m wide); "
+                                 "choose a smaller --scale");
+    frame_.scale = scale;
+    frame_.minX = extent_.minX;
+    frame_.maxY = extent_.maxY;
+    frame_.originX = kMarginX + kLabelRoom;
+    frame_.originY = kHeaderHeight + kLabelRoom;
+    pageWidth_ = std::max(drawingWidth + 2.0 * (kMarginX + kLabelRoom), 680.0);
+    pageHeight_ = std::max(drawingHeight + kHeaderHeight + kFooterHeight + 2.0 * kLabelRoom, 320.0);
+    // A narrow drawing is centred on the sheet.
+    frame_.originX += (pageWidth_ - (drawingWidth + 2.0 * (kMarginX + kLabelRoom))) / 2.0;
+}
+
+void Painter::drawBackground(cairo_t* cr)
+{
+    cairo_set_source_rgb(cr, 1.0, 1.0, 1.0);
+    cairo_paint(cr);
+}
+
+void Painter::drawGrid(cairo_t* cr)
+{
+    double const gx = result_.gridX;
+    double const gy = result_.gridY;
+    if (!(gx > 0.0) || !(gy > 0.0) || !std::isfinite(gx) || !std::isfinite(gy))
+        return;
+    double const s = frame_.scale;
+    // Step through grid multiples wide enough to be seen; every fifth line is darker. Counts are
+    // checked as doubles before any conversion to integers.
+    double const stepsX = std::ceil(8.0 / (gx * s));
+    double const stepsY = std::ceil(8.0 / (gy * s));
+    if (!(stepsX < 1e6) || !(stepsY < 1e6))
+        return;
+    long const kx = std::max(1L, static_cast<long>(stepsX));
+    long const ky = std::max(1L, static_cast<long>(stepsY));
+    double const pad = kLabelRoom * 0.6 / s;
+    double const x0 = extent_.minX - pad;
+    double const x1 = extent_.maxX + pad;
+    double const y0 = extent_.minY - pad;
+    double const y1 = extent_.maxY + pad;
+    double const fx0 = std::floor(x0 / (gx * kx));
+    double const fx1 = std::ceil(x1 / (gx * kx));
+    double const fy0 = std::floor(y0 / (gy * ky));
+    double const fy1 = std::ceil(y1 / (gy * ky));
+    if (!(std::fabs(fx0) < 1e12 && std::fabs(fx1) < 1e12 && std::fabs(fy0) < 1e12 &&
+          std::fabs(fy1) < 1e12) ||
+        fx1 - fx0 > 4000 || fy1 - fy0 > 4000)
+        return;
+    long const ix0 = static_cast<long>(fx0);
+    long const ix1 = static_cast<long>(fx1);
+    long const iy0 = static_cast<long>(fy0);
+    long const iy1 = static_cast<long>(fy1);
+    cairo_set_line_width(cr, 0.4);
+    for (int pass = 0; pass < 2; ++pass) {
+        bool const major = pass == 1;
+        cairo_set_source_rgb(cr, major ? 0.80 : 0.92, major ? 0.84 : 0.94, major ? 0.90 : 0.97);
+        for (long i = ix0; i <= ix1; ++i) {
+            if ((i % 5 == 0) != major)
+                continue;
+            Point2 const a = frame_.map({static_cast<double>(i) * gx * kx, y0});
+            Point2 const b = frame_.map({static_cast<double>(i) * gx * kx, y1});
+            cairo_move_to(cr, a.x, a.y);
+            cairo_line_to(cr, b.x, b.y);
+        }
+        for (long i = iy0; i <= iy1; ++i) {
+            if ((i % 5 == 0) != major)
+                continue;
+            Point2 const a = frame_.map({x0, static_cast<double>(i) * gy * ky});
+            Point2 const b = frame_.map({x1, static_cast<double>(i) * gy * ky});
+            cairo_move_to(cr, a.x, a.y);
+            cairo_line_to(cr, b.x, b.y);
+        }
+        cairo_stroke(cr);
+    }
+    // The origin, where the root segment starts.
+    Point2 const o = frame_.map({0.0, 0.0});
+    cairo_set_source_rgb(cr, 0.55, 0.60, 0.70);
+    cairo_set_line_width(cr, 0.8);
+    cairo_move_to(cr, o.x - 6, o.y);
+    cairo_line_to(cr, o.x + 6, o.y);
+    cairo_move_to(cr, o.x, o.y - 6);
+    cairo_line_to(cr, o.x, o.y + 6);
+    cairo_stroke(cr);
+}
+
+std::vector<std::vector<Point2>> Painter::paperPaths(ResultSegment const& s) const
+{
+    std::vector<std::vector<Point2>> paths;
+    if (laidOut_) {
+        for (ResultLine const& l : s.lines) {
+            if (finite(l.drawnStart) && finite(l.drawnEnd))
+                paths.push_back({frame_.map(l.drawnStart), frame_.map(l.drawnEnd)});
+        }
+    } else {
+        for (auto const& shape : s.inputShapes) {
+            std::vector<Point2> path;
+            for (Point2 const& p : shape) {
+                if (finite(p))
+                    path.push_back(frame_.map(p));
+            }
+            if (path.size() >= 2)
+                paths.push_back(path);
+        }
+    }
+    return paths;
+}
+
+void Painter::drawSegments(cairo_t* cr)
+{
+    double const s = frame_.scale;
+    double const metresPerUnit = result_.metresPerUnit > 0.0 ? result_.metresPerUnit : 1.0;
+    cairo_set_line_cap(cr, CAIRO_LINE_CAP_ROUND);
+    cairo_set_line_join(cr, CAIRO_LINE_JOIN_ROUND);
+    auto strokeSegment = [&](ResultSegment const& seg) {
+        for (auto const& path : paperPaths(seg)) {
+            cairo_move_to(cr, path[0].x, path[0].y);
+            for (size_t i = 1; i < path.size(); ++i)
+                cairo_line_to(cr, path[i].x, path[i].y);
+        }
+        if (laidOut_) {
+            for (ResultFillet const& f : seg.fillets) {
+                if (!finite(f.center) || !std::isfinite(f.radius))
+                    continue;
+                Point2 const c = frame_.map(f.center);
+                cairo_new_sub_path(cr);
+                // y points down on paper: a counter-clockwise model arc runs the other way.
+                cairo_arc_negative(cr, c.x, c.y, f.radius * s, -f.startAngle, -f.endAngle);
+            }
+        }
+    };
+    // Pass 1: a translucent band as wide as the bundle, where that is visible at this scale.
+    for (size_t i = 0; i < result_.segments.size(); ++i) {
+        ResultSegment const& seg = result_.segments[i];
+        double const band = seg.diameter * s;
+        if (!(band >= 1.5) || !std::isfinite(band) || band > 400.0)
+            continue;
+        setColour(cr, colourOf(i, seg.id), 0.18);
+        cairo_set_line_width(cr, band);
+        strokeSegment(seg);
+        cairo_stroke(cr);
+    }
+    // Pass 2: the centre lines; failed segments on top.
+    for (int pass = 0; pass < 2; ++pass) {
+        for (size_t i = 0; i < result_.segments.size(); ++i) {
+            ResultSegment const& seg = result_.segments[i];
+            bool const failed = failedSegment(seg.id);
+            if ((pass == 1) != failed)
+                continue;
+            setColour(cr, colourOf(i, seg.id));
+            double width = failed ? 2.6 : 1.4;
+            if (laidOut_ && options_.paperScale <= 0.0)
+                width = std::clamp(0.8 + 60.0 * seg.diameter * metresPerUnit, 1.0, 3.0);
+            cairo_set_line_width(cr, width);
+            strokeSegment(seg);
+            cairo_stroke(cr);
+        }
+    }
+}
+
+// Segment ends: a dot where segments meet, an open square at a free end.
+void Painter::drawEnds(cairo_t* cr)
+{
+    std::map<std::pair<long long, long long>, std::pair<int, Point2>> ends;
+    auto key = [](Point2 const& p) {
+        return std::make_pair(std::llround(p.x / Geometry2D::kTolerance),
+                              std::llround(p.y / Geometry2D::kTolerance));
+    };
+    // Only ends within +-1e12 get here, so the keys fit.
+    for (ResultSegment const& s : result_.segments) {
+        Point2 a, b;
+        if (laidOut_) {
+            if (s.lines.empty())
+                continue;
+            a = s.lines.front().start;
+            b = s.lines.back().end;
+        } else {
+            if (s.inputLines.empty())
+                continue;
+            a = s.inputLines.front().first;
+            b = s.inputLines.back().second;
+        }
+        if (!finite(a) || !finite(b) || std::fabs(a.x) > 1e12 || std::fabs(a.y) > 1e12 ||
+            std::fabs(b.x) > 1e12 || std::fabs(b.y) > 1e12)
+            continue;
+        for (Point2 const& p : {a, b}) {
+            auto& e = ends[key(p)];
+            e.first += 1;
+            e.second = p;
+        }
+    }
+    for (auto const& [k, e] : ends) {
+        (void)k;
+        Point2 const p = frame_.map(e.second);
+        if (e.first >= 2) {
+            cairo_set_source_rgb(cr, 0.15, 0.15, 0.15);
+            cairo_arc(cr, p.x, p.y, 2.2, 0.0, 2.0 * Geometry2D::kPi);
+            cairo_fill(cr);
+        } else {
+            cairo_set_source_rgb(cr, 1.0, 1.0, 1.0);
+            cairo_rectangle(cr, p.x - 2.5, p.y - 2.5, 5.0, 5.0);
+            cairo_fill_preserve(cr);
+            cairo_set_source_rgb(cr, 0.15, 0.15, 0.15);
+            cairo_set_line_width(cr, 0.9);
+            cairo_stroke(cr);
+        }
+    }
+}
+
+std::string Painter::segmentLabel(ResultSegment const& s) const
+{
+    std::string text = std::to_string(s.id);
+    if (!failedIds_.empty()) {
+        if (failedSegment(s.id))
+            text += "  " + result_.checkMessage;
+        return text;
+    }
+    text += "  " + UnitFormat::length(s.length, result_.units);
+    text += "  \u00d8" + UnitFormat::diameter(s.diameter, result_.units, result_.metresPerUnit);
+    return text;
+}
+
+void Painter::placeAndDrawLabels(cairo_t* cr)
+{
+    LabelPlacer placer;
+    placer.setBounds({kMarginX, kHeaderHeight, pageWidth_ - kMarginX, pageHeight_ - kFooterHeight});
+    struct SegPaths {
+        size_t index;
+        std::vector<std::vector<Point2>> paths;
+        double longest;
+    };
+    std::vector<SegPaths> all;
+    for (size_t i = 0; i < result_.segments.size(); ++i) {
+        SegPaths sp{i, paperPaths(result_.segments[i]), 0.0};
+        for (auto const& path : sp.paths) {
+            for (size_t k = 1; k < path.size(); ++k) {
+                placer.addLine(path[k - 1], path[k]);
+                sp.longest = std::max(sp.longest, Geometry2D::distance(path[k - 1], path[k]));
+            }
+        }
+        all.push_back(std::move(sp));
+    }
+
+    struct Placed {
+        std::string text;
+        Rect box;
+        Colour colour;
+        double font;
+        bool bold;
+        bool leader;
+        Point2 anchor;
+    };
+    std::vector<Placed> placed;
+    cairo_font_extents_t fe;
+
+    auto measure = [&](std::string const& text, double font, bool bold, double& w, double& h) {
+        cairo_select_font_face(cr, "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL,
+                               bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+        cairo_set_font_size(cr, font);
+        cairo_text_extents_t te;
+        cairo_text_extents(cr, text.c_str(), &te);
+        cairo_font_extents(cr, &fe);
+        w = te.x_advance + 3.0;
+        h = fe.ascent + fe.descent + 1.0;
+    };
+
+    // Connector names first: they are tied to one point and have the fewest good spots.
+    for (size_t i = 0; i < result_.segments.size(); ++i) {
+        ResultSegment const& seg = result_.segments[i];
+        for (ConnectorEnd const& c : seg.connectors) {
+            if (!finite(c.at) || c.name.empty())
+                continue;
+            Point2 const p = frame_.map(c.at);
+            placer.addBox({p.x - 3, p.y - 3, p.x + 3, p.y + 3});
+        }
+    }
+    for (size_t i = 0; i < result_.segments.size(); ++i) {
+        ResultSegment const& seg = result_.segments[i];
+        // The direction in which the segment leaves its end, to put the name beyond it.
+        for (ConnectorEnd const& c : seg.connectors) {
+            if (!finite(c.at) || c.name.empty())
+                continue;
+            Point2 const p = frame_.map(c.at);
+            Point2 dir{0.0, 0.0};
+            for (auto const& path : all[i].paths) {
+                for (size_t k = 0; k < path.size(); ++k) {
+                    if (Geometry2D::distance(path[k], p) < 0.5) {
+                        Point2 const q = (k == 0) ? path[1] : path[k - 1];
+                        double const l = Geometry2D::distance(p, q);
+                        if (l > 0.0)
+                            dir = {(p.x - q.x) / l, (p.y - q.y) / l};
+                    }
+                }
+            }
+            double w, h;
+            measure(c.name, connectorFont_, true, w, h);
+            std::vector<LabelPlacer::Candidate> cands;
+            double const gap = 5.0;
+            // Beyond the end first, then around it.
+            Point2 const centres[] = {
+                {p.x + dir.x * (gap + w / 2), p.y + dir.y * (gap + h / 2)},
+                {p.x + gap + w / 2, p.y - h / 2 - 2},
+                {p.x - gap - w / 2, p.y - h / 2 - 2},
+                {p.x + gap + w / 2, p.y + h / 2 + 2},
+                {p.x - gap - w / 2, p.y + h / 2 + 2},
+                {p.x, p.y - gap - h / 2},
+                {p.x, p.y + gap + h / 2},
+                {p.x + dir.x * (3 * gap + w / 2), p.y + dir.y * (3 * gap + h / 2)},
+            };
+            double pref = 0.0;
+            for (Point2 const& cc : centres) {
+                cands.push_back({{cc.x - w / 2, cc.y - h / 2, cc.x + w / 2, cc.y + h / 2}, pref});
+                pref += 0.5;
+            }
+            double cost = 0.0;
+            int const k = placer.place(cands, cost);
+            if (k >= 0)
+                placed.push_back({c.name, cands[static_cast<size_t>(k)].box, {0.05, 0.05, 0.05},
+                                  connectorFont_, true, false, p});
+        }
+    }
+
+    // Segment labels, the segments with the least room first.
+    std::vector<size_t> order;
+    for (size_t i = 0; i < all.size(); ++i)
+        order.push_back(i);
+    std::stable_sort(order.begin(), order.end(),
+                     [&](size_t a, size_t b) { return all[a].longest < all[b].longest; });
+    for (size_t oi : order) {
+        SegPaths const& sp = all[oi];
+        ResultSegment const& seg = result_.segments[sp.index];
+        if (sp.paths.empty())
+            continue;
+        bool const failed = failedSegment(seg.id);
+        std::string const text = segmentLabel(seg);
+        double font = failed ? labelFont_ + 1.5 : labelFont_;
+        std::vector<LabelPlacer::Candidate> cands;
+        std::vector<Point2> anchors;
+        std::vector<int> farness;
+        double w, h;
+        measure(text, font, failed, w, h);
+        // The lines of the segment, longest first.
+        std::vector<std::pair<Point2, Point2>> pieces;
+        for (auto const& path : sp.paths)
+            for (size_t k = 1; k < path.size(); ++k)
+                pieces.push_back({path[k - 1], path[k]});
+        std::stable_sort(pieces.begin(), pieces.end(), [](auto const& a, auto const& b) {
+            return Geometry2D::distance(a.first, a.second) > Geometry2D::distance(b.first, b.second);
+        });
+        if (pieces.size() > 6)
+            pieces.resize(6);
+        double rank = 0.0;
+        for (auto const& [a, b] : pieces) {
+            double const len = Geometry2D::distance(a, b);
+            double ux = 1.0, uy = 0.0;
+            if (len > 0.0) {
+                ux = (b.x - a.x) / len;
+                uy = (b.y - a.y) / len;
+            }
+            // Unit normal of the line; the label box is pushed out along it.
+            double const nx = -uy;
+            double const ny = ux;
+            for (double t : {0.5, 0.3, 0.7, 0.15, 0.85}) {
+                Point2 const m{a.x + (b.x - a.x) * t, a.y + (b.y - a.y) * t};
+                for (int side : {-1, 1}) {
+                    for (int far = 0; far < 3; ++far) {
+                        double const gap = 2.5 + far * (h + 2.0);
+                        double const sx = side * nx;
+                        double const sy = side * ny;
+                        // Distance from the box centre to its edge along the normal.
+                        double const reach = std::fabs(sx) * w / 2 + std::fabs(sy) * h / 2;
+                        Point2 const c{m.x + sx * (gap + reach), m.y + sy * (gap + reach)};
+                        double pref = rank * 0.6 + std::fabs(t - 0.5) * 2.0 + far * 2.5 +
+                                      (side > 0 ? 0.2 : 0.0);
+                        cands.push_back({{c.x - w / 2, c.y - h / 2, c.x + w / 2, c.y + h / 2}, pref});
+                        anchors.push_back(m);
+                        farness.push_back(far);
+                    }
+                }
+            }
+            rank += 1.0;
+        }
+        double cost = 0.0;
+        int k = placer.place(cands, cost);
+        if (k < 0)
+            continue;
+        Rect const box = cands[static_cast<size_t>(k)].box;
+        Point2 const anchor = anchors[static_cast<size_t>(k)];
+        // A label pushed away from its line gets a leader line back to it.
+        bool const leader = farness[static_cast<size_t>(k)] > 0;
+        Colour colour = colourOf(sp.index, seg.id);
+        if (failedIds_.empty()) {
+            colour = {colour.r * 0.7, colour.g * 0.7, colour.b * 0.7};
+        } else if (!failed) {
+            colour = {0.35, 0.35, 0.35};
+        }
+        placed.push_back({text, box, colour, font, failed, leader, anchor});
+    }
+
+    for (Placed const& p : placed) {
+        if (p.leader) {
+            cairo_set_source_rgba(cr, p.colour.r, p.colour.g, p.colour.b, 0.7);
+            cairo_set_line_width(cr, 0.5);
+            double const cx = std::clamp(p.anchor.x, p.box.x0, p.box.x1);
+            double const cy = std::clamp(p.anchor.y, p.box.y0, p.box.y1);
+            cairo_move_to(cr, p.anchor.x, p.anchor.y);
+            cairo_line_to(cr, cx, cy);
+            cairo_stroke(cr);
+        }
+        // A white halo keeps the text readable where it crosses a line.
+        cairo_set_source_rgba(cr, 1.0, 1.0, 1.0, 0.82);
+        cairo_rectangle(cr, p.box.x0, p.box.y0, p.box.x1 - p.box.x0, p.box.y1 - p.box.y0);
+        cairo_fill(cr);
+        cairo_select_font_face(cr, "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL,
+                               p.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+        cairo_set_font_size(cr, p.font);
+        cairo_font_extents(cr, &fe);
+        setColour(cr, p.colour);
+        cairo_move_to(cr, p.box.x0 + 1.5, p.box.y0 + 0.5 + fe.ascent);
+        cairo_show_text(cr, p.text.c_str());
+    }
+}
+
+void Painter::drawHeader(cairo_t* cr)
+{
+    auto text = [&](double x, double y, double size, bool bold, std::string const& s) {
+        cairo_select_font_face(cr, "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL,
+                               bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+        cairo_set_font_size(cr, size);
+        cairo_move_to(cr, x, y);
+        cairo_show_text(cr, s.c_str());
+    };
+    setColour(cr, kInk);
+    std::string title = result_.documentName.empty() ? "Route layout" : result_.documentName;
+    text(kMarginX, 28, 15, true, title);
+
+    std::ostringstream line;
+    line << (result_.layoutType == 1 ? "Layout by length" : "Layout by diameter") << "  \u00b7  "
+         << (result_.mode == "arrays" ? "output arrays" : "drawn into the host sketch")
+         << "  \u00b7  grid " << UnitFormat::length(result_.gridX, result_.units) << " \u00d7 "
+         << UnitFormat::length(result_.gridY, result_.units) << "  \u00b7  model units: "
+         << result_.units;
+    if (result_.mode != "arrays")
+        line << "  \u00b7  fillets " << (result_.fillets ? "on" : "off") << ", relations "
+             << (result_.relations ? "on" : "off");
+    text(kMarginX, 46, 9, false, line.str());
+
+    std::ostringstream status;
+    if (result_.status == 0 && result_.laidOut) {
+        Extent const e = extent_;
+        status << "OK  \u00b7  " << result_.segments.size() << " segments  \u00b7  "
+               << report_.crossingPairs() << " crossing pairs  \u00b7  "
+               << report_.overlaps().size() << " overlapping pieces  \u00b7  extent "
+               << UnitFormat::length(e.width(), result_.units) << " \u00d7 "
+               << UnitFormat::length(e.height(), result_.units);
+        setColour(cr, {0.10, 0.45, 0.15});
+    } else {
+        status << "Failed (status " << result_.status << "): " << result_.statusText;
+        if (!result_.failedIds.empty()) {
+            status << "  \u00b7  " << result_.checkMessage << ":";
+            size_t n = 0;
+            for (long id : result_.failedIds) {
+                if (n++ == 24) {
+                    status << " ...";
+                    break;
+                }
+                status << ' ' << id;
+            }
+        }
+        if (!result_.laidOut)
+            status << "  \u00b7  input sketch shown";
+        setColour(cr, kFailed);
+    }
+    text(kMarginX, 62, 9.5, true, status.str());
+}
+
+void Painter::drawScaleBar(cairo_t* cr)
+{
+    double const s = frame_.scale;
+    // A round length (1, 2 or 5 times a power of ten) about 120 points long.
+    double const want = 120.0 / s;
+    double const p10 = std::pow(10.0, std::floor(std::log10(want)));
+    double len = p10;
+    for (double m : {1.0, 2.0, 5.0, 10.0}) {
+        if (m * p10 * s <= 200.0)
+            len = m * p10;
+    }
+    double const barW = len * s;
+    double const x = kMarginX;
+    double const y = pageHeight_ - kFooterHeight + 26.0;
+    cairo_set_line_width(cr, 0.8);
+    for (int i = 0; i < 4; ++i) {
+        cairo_rectangle(cr, x + i * barW / 4, y, barW / 4, 5.0);
+        if (i % 2 == 0) {
+            setColour(cr, kInk);
+            cairo_fill_preserve(cr);
+        } else {
+            cairo_set_source_rgb(cr, 1.0, 1.0, 1.0);
+            cairo_fill_preserve(cr);
+        }
+        setColour(cr, kInk);
+        cairo_stroke(cr);
+    }
+    cairo_select_font_face(cr, "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
+    cairo_set_font_size(cr, 8.0);
+    setColour(cr, kInk);
+    cairo_move_to(cr, x, y - 4.0);
+    cairo_show_text(cr, "0");
+    std::string const lenText = UnitFormat::length(len, result_.units);
+    cairo_text_extents_t te;
+    cairo_text_extents(cr, lenText.c_str(), &te);
+    cairo_move_to(cr, x + barW - te.x_advance / 2, y - 4.0);
+    cairo_show_text(cr, lenText.c_str());
+
+    std::ostringstream note;
+    bool const fixed = options_.paperScale > 0.0 && options_.format != DrawingRenderer::Format::Png;
+    if (fixed) {
+        double const ratio = 1.0 / options_.paperScale;
+        note << "Scale 1:" << UnitFormat::plain(ratio) << " (print at 100 %, no page scaling)";
+    } else {
+        note << "Not to scale: fitted to the sheet";
+    }
+    if (!result_.failedIds.empty())
+        note << "   \u00b7   red: " << result_.checkMessage;
+    else
+        note << "   \u00b7   label: id, true length, diameter   \u00b7   \u25a1 free end   \u00b7   "
+                "\u25cf branch point";
+    cairo_move_to(cr, x + barW + 24.0, y + 5.0);
+    cairo_show_text(cr, note.str().c_str());
+}
+
+void Painter::render(std::ostream& out)
+{
+    planPage();
+    SurfacePtr surface;
+    double zoom = 1.0;
+    switch (options_.format) {
+    case DrawingRenderer::Format::Svg:
+        surface.reset(cairo_svg_surface_create_for_stream(writeToStream, &out, pageWidth_,
+                                                          pageHeight_));
+        break;
+    case DrawingRenderer::Format::Pdf:
+        surface.reset(cairo_pdf_surface_create_for_stream(writeToStream, &out, pageWidth_,
+                                                          pageHeight_));
+        break;
+    case DrawingRenderer::Format::Png: {
+        zoom = std::min(1.5, kMaxPngPixels / std::max(pageWidth_, pageHeight_));
+        int const w = static_cast<int>(std::ceil(pageWidth_ * zoom));
+        int const h = static_cast<int>(std::ceil(pageHeight_ * zoom));
+        surface.reset(cairo_image_surface_create(CAIRO_FORMAT_RGB24, w, h));
+        break;
+    }
+    }
+    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)
+        throw std::runtime_error(std::string("cannot create the drawing: ") +
+                                 cairo_status_to_string(cairo_surface_status(surface.get())));
+    {
+        ContextPtr context(cairo_create(surface.get()));
+        cairo_t* cr = context.get();
+        cairo_scale(cr, zoom, zoom);
+        drawBackground(cr);
+        drawGrid(cr);
+        drawSegments(cr);
+        drawEnds(cr);
+        placeAndDrawLabels(cr);
+        drawHeader(cr);
+        drawScaleBar(cr);
+        cairo_show_page(cr);
+        if (cairo_status(cr) != CAIRO_STATUS_SUCCESS)
+            throw std::runtime_error(std::string("cannot draw: ") +
+                                     cairo_status_to_string(cairo_status(cr)));
+    }
+    if (options_.format == DrawingRenderer::Format::Png) {
+        cairo_status_t const st = cairo_surface_write_to_png_stream(surface.get(), writeToStream, &out);
+        if (st != CAIRO_STATUS_SUCCESS)
+            throw std::runtime_error(std::string("cannot write the PNG image: ") +
+                                     cairo_status_to_string(st));
+    }
+    cairo_surface_finish(surface.get());
+    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)
+        throw std::runtime_error(std::string("cannot write the drawing: ") +
+                                 cairo_status_to_string(cairo_surface_status(surface.get())));
+}
+
+}  // namespace
+
+void DrawingRenderer::render(std::ostream& out, LayoutResult const& result,
+                             QualityReport const& report, Options const& options)
+{
+    Painter painter(result, report, options);
+    painter.render(out);
+}
+
+}  // namespace krtool

@@ -1,0 +1,30 @@
+// Draws a layout with cairo as SVG, PDF or PNG: every segment with its id, true length and
+// diameter, connector names at the ends, fillets as arcs, a grid and a scale bar. When a check
+// failed it draws the input sketch instead, with the offending segments highlighted and labelled.
+#pragma once
+
+#include "LayoutResult.h"
+#include "QualityReport.h"
+
+#include <iosfwd>
+#include <string>
+
+namespace krtool {
+
+class DrawingRenderer {
+public:
+    enum class Format { Svg, Pdf, Png };
+
+    struct Options {
+        Format format = Format::Png;
+        // Paper length per model length (1 for 1:1, 0.1 for 1:10); 0 fits the drawing to a sheet.
+        // PNG is always fitted.
+        double paperScale = 0.0;
+    };
+
+    // Throws std::runtime_error when cairo cannot draw or the stream cannot be written.
+    static void render(std::ostream& out, LayoutResult const& result, QualityReport const& report,
+                       Options const& options);
+};
+
+}  // namespace krtool

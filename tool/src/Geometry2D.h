@@ -1,0 +1,40 @@
+// Plane geometry the report, the fillets and the drawings share.
+#pragma once
+
+#include "LayoutResult.h"
+
+namespace krtool {
+
+struct Extent {
+    bool empty = true;
+    double minX = 0.0;
+    double minY = 0.0;
+    double maxX = 0.0;
+    double maxY = 0.0;
+
+    void add(Point2 const& p);
+    double width() const { return empty ? 0.0 : maxX - minX; }
+    double height() const { return empty ? 0.0 : maxY - minY; }
+};
+
+class Geometry2D {
+public:
+    // Coordinates closer than this are the same point (the library's own tolerance).
+    static constexpr double kTolerance = 1e-5;
+    static constexpr double kPi = 3.14159265358979323846;
+
+    static double distance(Point2 const& a, Point2 const& b);
+    static bool samePoint(Point2 const& a, Point2 const& b);
+    // Twice the signed area of (a, b, c): > 0 when c lies left of a->b.
+    static double cross(Point2 const& a, Point2 const& b, Point2 const& c);
+    // True when the open segments a-b and c-d cross at one point inside both (a proper crossing);
+    // the crossing point is written to at.
+    static bool properCrossing(Point2 const& a, Point2 const& b, Point2 const& c, Point2 const& d,
+                               Point2& at);
+    // Length of the stretch shared by a-b and c-d when they are collinear, else 0.
+    static double collinearOverlap(Point2 const& a, Point2 const& b, Point2 const& c,
+                                   Point2 const& d);
+    static Extent extentOf(LayoutResult const& result, bool laidOut);
+};
+
+}  // namespace krtool

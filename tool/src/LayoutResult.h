@@ -1,0 +1,89 @@
+// What one run of the tool produced: the input sketch, the laid-out lines per route segment, the
+// host's relations and fillets, and the status of the run. Every output is written from this.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace krtool {
+
+struct Point2 {
+    double x = 0.0;
+    double y = 0.0;
+};
+
+// One straight line of a segment. drawnStart/drawnEnd are the stretch left visible once the
+// fillets at its ends have trimmed it (equal to start/end without fillets).
+struct ResultLine {
+    Point2 start;
+    Point2 end;
+    Point2 drawnStart;
+    Point2 drawnEnd;
+    int axis = 0;                         // 2 along y, 1 along x, 0 neither
+    std::pair<long, long> lineId{-1, -1};
+    std::vector<std::string> relations;   // relation names the host recorded on this line
+};
+
+// A fillet at the joint between line `line - 1` and line `line` of a segment, drawn as the arc
+// from tangentPrev to tangentNext around center.
+struct ResultFillet {
+    int line = 0;
+    Point2 corner;
+    double requestedRadius = 0.0;
+    double radius = 0.0;                  // smaller than requested when the lines are too short
+    Point2 center;
+    Point2 tangentPrev;
+    Point2 tangentNext;
+    double startAngle = 0.0;              // radians from +x, counter-clockwise sweep to endAngle
+    double endAngle = 0.0;
+};
+
+struct ConnectorEnd {
+    std::string name;                     // connector name, with the pin when one is given
+    Point2 at;
+};
+
+struct ResultSegment {
+    long id = 0;
+    double length = 0.0;                  // true length (sum of the input lines)
+    double diameter = 0.0;
+    // The input sketch: per entity its start and end (what the library reads) and, for drawing,
+    // the entity as a polyline (arcs and curves sampled).
+    std::vector<std::pair<Point2, Point2>> inputLines;
+    std::vector<std::vector<Point2>> inputShapes;
+    std::vector<ResultLine> lines;
+    std::vector<std::pair<long, long>> pointIds;
+    std::vector<ResultFillet> fillets;
+    std::vector<ConnectorEnd> connectors;
+    std::vector<std::string> connectorNames;  // from the component map, in map order
+};
+
+struct LayoutResult {
+    std::string documentName;
+    std::string units = "m";
+    double metresPerUnit = 1.0;
+    int layoutType = 0;
+    std::string mode = "host";
+    double gridX = 0.02;
+    double gridY = 0.02;
+    bool relations = true;
+    bool fillets = true;
+    std::string feature;
+
+    long status = 0;
+    std::string statusText;               // "ok", or what went wrong
+    std::string checkMessage;             // "Loop Segment" / "Disjoint Segment" when a check failed
+    std::vector<long> failedIds;
+    // Every segment the host showed with a callout, and the callout's text.
+    std::vector<std::pair<long, std::string>> messages;
+    bool laidOut = false;                 // false: segments hold the input sketch only
+    // Segments of the document that the layout result does not list (dropped by its clean-up).
+    std::vector<long> removedIds;
+    // What the host was asked to do: name and count, in a fixed order.
+    std::vector<std::pair<std::string, long>> hostCounters;
+
+    std::vector<ResultSegment> segments;
+};
+
+}  // namespace krtool

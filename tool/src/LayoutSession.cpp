@@ -1,0 +1,351 @@
+#include "LayoutSession.h"
+
+#include "ConnectorPlacer.h"
+#include "FilletGeometry.h"
+#include "Geometry2D.h"
+#include "TextCodec.h"
+
+#include <JsonHostDocument.h>
+#include <krlayout/api/KrAutoLayout.h>
+#include <krlayout/host/IHostApplication.h>
+#include <krlayout/host/IHostSketch.h>
+#include <krlayout/host/KrHostInterfaceId.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <set>
+
+namespace krtool {
+
+namespace {
+
+Point2 flat(JsonHostModel::Vec3 const& v)
+{
+    return {v[0], v[1]};
+}
+
+// The entity as a polyline for drawing: arcs are sampled along their sweep.
+std::vector<Point2> shapeOf(JsonHostModel::Entity const& e)
+{
+    std::vector<Point2> pts;
+    if (!e.hasCurve())
+        return pts;
+    if (e.kindCode == KR_ENTITY_ARC) {
+        double const r = std::hypot(e.start[0] - e.center[0], e.start[1] - e.center[1]);
+        double const a0 = std::atan2(e.start[1] - e.center[1], e.start[0] - e.center[0]);
+        double const a1 = std::atan2(e.end[1] - e.center[1], e.end[0] - e.center[0]);
+        double sweep = e.clockwise ? a0 - a1 : a1 - a0;
+        double const twoPi = 2.0 * Geometry2D::kPi;
+        while (sweep < 0.0)
+            sweep += twoPi;
+        while (sweep >= twoPi)
+            sweep -= twoPi;
+        if (sweep == 0.0)
+            sweep = twoPi;
+        int const n = std::max(4, static_cast<int>(std::ceil(sweep / (twoPi / 48.0))));
+        for (int i = 0; i <= n; ++i) {
+            double const a = a0 + (e.clockwise ? -1.0 : 1.0) * sweep * i / n;
+            pts.push_back({e.center[0] + r * std::cos(a), e.center[1] + r * std::sin(a)});
+        }
+        return pts;
+    }
+    if (e.kindCode == KR_ENTITY_LINE) {
+        pts.push_back(flat(e.start));
+        pts.push_back(flat(e.end));
+        return pts;
+    }
+    for (JsonHostModel::Vec3 const& p : e.points)
+        pts.push_back(flat(p));
+    return pts;
+}
+
+// The library's axis code of a line: 2 along y (x tested first), 1 along x, 0 neither.
+int axisCode(Point2 const& a, Point2 const& b)
+{
+    auto same = [](double p, double q) {
+        return (p - q) < Geometry2D::kTolerance && (q - p) < Geometry2D::kTolerance;
+    };
+    if (same(a.x, b.x))
+        return 2;
+    if (same(a.y, b.y))
+        return 1;
+    return 0;
+}
+
+}  // namespace
+
+LayoutSession::LayoutSession(std::string const& path)
+    : path_(path), document_(JsonHostDocument::LoadFile(path))
+{
+}
+
+LayoutSession::~LayoutSession() = default;
+
+std::string LayoutSession::statusText(long status)
+{
+    switch (status) {
+    case 0:
+        return "laid out";
+    case 1:
+        return "the host has no route segments (or the grid could not be created)";
+    case 2:
+        return "the host has no active document or no route model";
+    case 3:
+        return "the host document has no route sketch";
+    case 4:
+        return "the route sketch has no route data";
+    case 5:
+        return "the route data has no route container";
+    case 6:
+        return "no host application";
+    case 7:
+        return "the sketch has a closed loop";
+    case 8:
+        return "the sketch is in disjoint pieces";
+    default:
+        return "the layout failed";
+    }
+}
+
+std::string LayoutSession::sizeProblem(ToolOptions const& options) const
+{
+    double total = 0.0;
+    for (JsonHostModel::Segment const& s : document_->model().segments) {
+        for (JsonHostModel::Entity const& e : s.entities)
+            total += e.length;
+    }
+    double const spacing = std::min(options.gridX, options.gridY);
+    double const steps = total / spacing;
+    if (std::isfinite(steps) && steps <= kMaxGridSteps)
+        return std::string();
+    char buf[320];
+    std::snprintf(buf, sizeof buf,
+                  "%s: the segments add up to %.6g %s, %.3g grid steps of %.6g %s; at most %.0f can "
+                  "be laid out: give a coarser --grid",
+                  path_.c_str(), total, options.units.c_str(), steps, spacing, options.units.c_str(),
+                  kMaxGridSteps);
+    return buf;
+}
+
+bool LayoutSession::hasFeature(std::string const& name) const
+{
+    std::wstring const wide = TextCodec::toWide(name);
+    for (std::wstring const& f : document_->model().features) {
+        if (f == wide)
+            return true;
+    }
+    return false;
+}
+
+std::map<long, std::string> LayoutSession::componentTexts() const
+{
+    std::map<long, std::string> out;
+    for (auto const& [id, text] : document_->componentMap())
+        out.emplace(id, TextCodec::toUtf8(text));
+    return out;
+}
+
+void LayoutSession::readInput(LayoutResult& result) const
+{
+    JsonHostModel const& model = document_->model();
+    std::set<long> seen;
+    result.segments.clear();
+    for (JsonHostModel::Segment const& s : model.segments) {
+        // The library keeps the first segment of an id.
+        if (!seen.insert(s.id).second)
+            continue;
+        ResultSegment seg;
+        seg.id = s.id;
+        seg.diameter = s.value;
+        for (JsonHostModel::Entity const& e : s.entities) {
+            seg.length += e.length;
+            if (!e.hasCurve())
+                continue;
+            seg.inputLines.push_back({flat(e.curveStart()), flat(e.curveEnd())});
+            seg.inputShapes.push_back(shapeOf(e));
+        }
+        result.segments.push_back(std::move(seg));
+    }
+}
+
+LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& units,
+                                double metresPerUnit)
+{
+    LayoutResult result;
+    result.documentName = TextCodec::toUtf8(document_->model().name);
+    result.units = units;
+    result.metresPerUnit = metresPerUnit;
+    result.layoutType = options.layoutType;
+    result.mode = options.arrays ? "arrays" : "host";
+    result.gridX = options.gridX;
+    result.gridY = options.gridY;
+    result.relations = options.relations;
+    result.fillets = options.fillets;
+    result.feature = options.hasFeature ? options.feature : std::string();
+    readInput(result);
+
+    std::vector<long> ids;
+    std::map<long, std::vector<std::pair<long, long>>> lineIds;
+    std::map<long, std::vector<std::pair<long, long>>> pointIds;
+    std::vector<double> points;
+    std::vector<int> constraints;
+    {
+        KrAutoLayout layout;
+        layout.setRouteGridSpacing(options.gridX, options.gridY);
+        layout.setComponentMap(document_->componentMap());
+        IHostApplication* host = document_->application();
+        // The library adopts the reference it is handed and releases it when it is done.
+        if (host != nullptr)
+            host->AddRef();
+        void* resultSketch = nullptr;
+        if (options.hasFeature) {
+            std::wstring feature = TextCodec::toWide(options.feature);
+            std::wstring runText;
+            result.status = layout.StartAutoLayout2(host, options.layoutType, options.fillets,
+                                                    options.relations, feature, &resultSketch,
+                                                    !options.arrays, runText);
+        } else {
+            std::wstring ignored;
+            result.status = layout.StartAutoLayout(host, options.layoutType, options.fillets,
+                                                   options.relations, &resultSketch,
+                                                   !options.arrays, ignored);
+        }
+        // The host sketch comes back with one reference for the caller.
+        if (resultSketch != nullptr)
+            static_cast<IHostSketch*>(resultSketch)->Release();
+
+        if (result.status == 0) {
+            layout.getRouteSegmentIDs(ids);
+            for (long id : ids) {
+                layout.GetSketchLineIdByRouteSegmentId(id, lineIds[id]);
+                layout.GetSketchPointIdByRouteSegmentId(id, pointIds[id]);
+            }
+            layout.getOutputPoints(points);
+            layout.getOutputConstraints(constraints);
+        }
+    }
+
+    JsonHostRecorder const& rec = document_->results();
+    result.statusText = statusText(result.status);
+
+    // The checks name their segments through callouts on the host's selection.
+    for (JsonHostRecorder::Selected const& sel : rec.callouts()) {
+        if (!sel.hasCallout || sel.target.kind != "entity")
+            continue;
+        std::string const text = TextCodec::toUtf8(sel.callout);
+        long const id = sel.target.segment;
+        bool known = false;
+        for (auto const& m : result.messages)
+            known = known || (m.first == id && m.second == text);
+        if (!known)
+            result.messages.push_back({id, text});
+        if (std::find(result.failedIds.begin(), result.failedIds.end(), id) == result.failedIds.end())
+            result.failedIds.push_back(id);
+        if (result.checkMessage.empty())
+            result.checkMessage = text;
+    }
+    if (result.checkMessage.empty() && result.status == 7)
+        result.checkMessage = TextCodec::toUtf8(KrAutoLayout::loopMessage);
+    if (result.checkMessage.empty() && result.status == 8)
+        result.checkMessage = TextCodec::toUtf8(KrAutoLayout::disjoinMessage);
+
+    if (result.status == 0) {
+        // The laid-out segments in the library's order, with the input's length and diameter.
+        std::map<long, ResultSegment> input;
+        for (ResultSegment& s : result.segments)
+            input.emplace(s.id, std::move(s));
+        result.segments.clear();
+        std::map<std::pair<long, long>, JsonHostRecorder::Line const*> drawn;
+        for (JsonHostRecorder::Line const& l : rec.lines())
+            drawn.emplace(l.id, &l);
+        for (long id : ids) {
+            ResultSegment seg;
+            auto in = input.find(id);
+            if (in != input.end()) {
+                seg = std::move(in->second);
+                input.erase(in);
+            } else {
+                seg.id = id;
+            }
+            seg.pointIds = pointIds[id];
+            for (auto const& lid : lineIds[id]) {
+                ResultLine line;
+                line.lineId = lid;
+                if (options.arrays) {
+                    // Array runs number their lines from 0: the index into both output arrays.
+                    if (lid.first < 0 || static_cast<size_t>(lid.first) * 6 + 5 >= points.size())
+                        continue;
+                    size_t const k = static_cast<size_t>(lid.first);
+                    line.start = {points[6 * k], points[6 * k + 1]};
+                    line.end = {points[6 * k + 3], points[6 * k + 4]};
+                    line.axis = k < constraints.size() ? constraints[k] : axisCode(line.start, line.end);
+                } else {
+                    auto d = drawn.find(lid);
+                    if (d == drawn.end())
+                        continue;
+                    line.start = flat(d->second->start);
+                    line.end = flat(d->second->end);
+                    line.axis = axisCode(line.start, line.end);
+                }
+                line.drawnStart = line.start;
+                line.drawnEnd = line.end;
+                seg.lines.push_back(line);
+            }
+            result.segments.push_back(std::move(seg));
+        }
+        for (auto const& [id, s] : input) {
+            (void)s;
+            result.removedIds.push_back(id);
+        }
+
+        // Relations by line, and fillets by the joint of two consecutive lines.
+        std::map<std::pair<long, long>, std::pair<size_t, size_t>> where;
+        for (size_t si = 0; si < result.segments.size(); ++si) {
+            for (size_t li = 0; li < result.segments[si].lines.size(); ++li)
+                where[result.segments[si].lines[li].lineId] = {si, li};
+        }
+        if (!options.arrays) {
+            for (JsonHostRecorder::Relation const& r : rec.relations()) {
+                for (JsonHostRecorder::Target const& t : r.entities) {
+                    if (t.kind != "line")
+                        continue;
+                    auto w = where.find(t.id);
+                    if (w != where.end())
+                        result.segments[w->second.first].lines[w->second.second].relations.push_back(
+                            TextCodec::toUtf8(r.name));
+                }
+            }
+            std::map<size_t, std::vector<std::pair<int, double>>> joints;
+            for (JsonHostRecorder::Fillet const& f : rec.fillets()) {
+                auto w = where.find(f.secondLine);
+                if (w == where.end() || w->second.second == 0)
+                    continue;
+                ResultSegment const& seg = result.segments[w->second.first];
+                if (seg.lines[w->second.second - 1].lineId != f.firstLine)
+                    continue;
+                joints[w->second.first].push_back({static_cast<int>(w->second.second), f.radius});
+            }
+            for (auto& [si, list] : joints)
+                FilletGeometry::apply(result.segments[si], list);
+        }
+        result.laidOut = true;
+    }
+
+    ConnectorPlacer::place(result, componentTexts());
+
+    result.hostCounters = {
+        {"requests", static_cast<long>(rec.requests().size())},
+        {"lines_drawn", static_cast<long>(rec.lines().size())},
+        {"points_drawn", static_cast<long>(rec.points().size())},
+        {"relations", static_cast<long>(rec.relations().size())},
+        {"fillets", static_cast<long>(rec.fillets().size())},
+        {"callouts", static_cast<long>(rec.callouts().size())},
+        {"sketches_opened", static_cast<long>(rec.sketchesOpened())},
+        {"redraws", static_cast<long>(rec.redraws())},
+        {"references_left", static_cast<long>(document_->clientReferences())},
+    };
+    return result;
+}
+
+}  // namespace krtool

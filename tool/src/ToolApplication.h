@@ -1,0 +1,45 @@
+// The krlayout command: reads the options, lays the document out, writes every output and
+// reports; returns the process exit code.
+#pragma once
+
+#include "LayoutResult.h"
+#include "QualityReport.h"
+#include "ToolOptions.h"
+
+#include <iosfwd>
+#include <string>
+
+namespace krtool {
+
+class ToolApplication {
+public:
+    // Exit codes of the tool besides the run's own status (1 to 8).
+    static constexpr int kBadOptions = 2;
+    static constexpr int kBadDocument = 3;
+    static constexpr int kWriteFailed = 9;
+    static constexpr int kInternalError = 10;
+    static constexpr int kTimeLimit = 11;
+
+    ToolApplication(std::ostream& out, std::ostream& err);
+
+    int run(int argc, char const* const* argv);
+
+private:
+    int execute(ToolOptions& options);
+    // Ends the process with kTimeLimit when the layout runs longer than seconds (0 disarms).
+    static void armTimeLimit(unsigned seconds);
+    // The document to lay out: the one given, a named example or the default example.
+    bool resolveDocument(ToolOptions const& options, std::string& path, int& exitCode);
+    // Writes one output through a temporary file; false (with a message) when it failed.
+    bool writeOutput(std::string const& path, LayoutResult const& result,
+                     QualityReport const& report, ToolOptions const& options,
+                     std::string const& source);
+    void printSummary(LayoutResult const& result, QualityReport const& report,
+                      std::string const& source) const;
+    void printFailure(LayoutResult const& result, std::string const& source) const;
+
+    std::ostream& out_;
+    std::ostream& err_;
+};
+
+}  // namespace krtool

@@ -1,0 +1,34 @@
+// Everything the command line asks of one run of the tool.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace krtool {
+
+struct ToolOptions {
+    std::string document;                 // empty: a bundled example
+    std::string example;                  // name of a bundled example (--example)
+    bool listExamples = false;
+    std::vector<std::string> outputs;
+
+    int layoutType = 0;                   // 0 by diameter, 1 by length
+    bool gridGiven = false;               // false: 0.02 m in the document's units
+    double gridX = 0.02;
+    double gridY = 0.02;
+    bool arrays = false;                  // fill the output arrays instead of drawing into the host
+    bool relations = true;
+    bool fillets = true;
+    bool hasFeature = false;
+    std::string feature;
+
+    std::string units = "m";              // model units of the document
+    double metresPerUnit = 1.0;
+
+    bool report = false;
+    double paperScale = 0.0;              // PDF/SVG paper length per model length; 0 = fit
+    bool quiet = false;
+    unsigned timeLimit = 600;             // seconds the layout may take; 0 = no limit
+};
+
+}  // namespace krtool
