@@ -171,7 +171,11 @@ int KrRouteCADLine::GetLine(ALLine* line)
     return 0;
 }
 
-int KrRouteCADLine::GetMaxYPoint(double* xy)
+namespace {
+
+// Writes x, y of the start or of the end of points, whichever has the larger y (maxY) or the
+// smaller y; on a tie within GEO_TOLERANCE the start. 1 for a null xy or no points.
+int WriteYExtreme(std::vector<KrRoutingWayPoint*> const& points, double* xy, bool maxY)
 {
     if (xy == nullptr || points.empty()) {
         return 1;
@@ -180,25 +184,24 @@ int KrRouteCADLine::GetMaxYPoint(double* xy)
     double e[2] = {0.0, 0.0};
     points.front()->GetGridCoord(s);
     points.back()->GetGridCoord(e);
-    double const* pick = KrGeoUtility::LargerEqualThan(s[1], e[1], GEO_TOLERANCE) ? s : e;
+    bool const start = maxY ? KrGeoUtility::LargerEqualThan(s[1], e[1], GEO_TOLERANCE)
+                            : KrGeoUtility::LargerEqualThan(e[1], s[1], GEO_TOLERANCE);
+    double const* pick = start ? s : e;
     xy[0] = pick[0];
     xy[1] = pick[1];
     return 0;
 }
 
+}  // namespace
+
+int KrRouteCADLine::GetMaxYPoint(double* xy)
+{
+    return WriteYExtreme(points, xy, true);
+}
+
 int KrRouteCADLine::GetMinYPoint(double* xy)
 {
-    if (xy == nullptr || points.empty()) {
-        return 1;
-    }
-    double s[2] = {0.0, 0.0};
-    double e[2] = {0.0, 0.0};
-    points.front()->GetGridCoord(s);
-    points.back()->GetGridCoord(e);
-    double const* pick = KrGeoUtility::LargerEqualThan(e[1], s[1], GEO_TOLERANCE) ? s : e;
-    xy[0] = pick[0];
-    xy[1] = pick[1];
-    return 0;
+    return WriteYExtreme(points, xy, false);
 }
 
 namespace {
