@@ -340,9 +340,9 @@ TEST(KrCrossLineUpdate, IndexedSearchGivesTheLayoutOfTheLinearScan) {
         for (unsigned seed = 0; seed < 60; ++seed) {
             std::mt19937 rng(7000u + seed);
             int const n = std::uniform_int_distribution<int>(2, 40)(rng);
-            std::vector<SegmentSpec> specs = RandomTree(rng, n);
-            auto indexed = BuildSketch(specs);
-            auto scanned = BuildSketch(specs);
+            std::vector<SegmentInput> inputs = RandomTree(rng, n);
+            auto indexed = BuildSketch(inputs);
+            auto scanned = BuildSketch(inputs);
             KrRoutingLayout a;
             KrRoutingLayout b;
             Access::EnableHandledIndex(b, false);

@@ -20,7 +20,7 @@ namespace {
 using layout_test::At;
 using layout_test::BuildSketch;
 using layout_test::SegmentById;
-using layout_test::SegmentSpec;
+using layout_test::SegmentInput;
 
 constexpr double kPi = 3.1415926536;
 constexpr double kHalfPi = 1.5707963268;
@@ -132,14 +132,14 @@ struct RootedSketch {
 };
 
 RootedSketch MakeRooted(std::vector<ALPoint> const& childEnds) {
-    std::vector<SegmentSpec> specs;
-    specs.push_back(SegmentSpec{1, 3.0, 1.0, {ALPoint(0, 0, 0), ALPoint(3, 0, 0)}});
+    std::vector<SegmentInput> inputs;
+    inputs.push_back(SegmentInput{1, 3.0, 1.0, {ALPoint(0, 0, 0), ALPoint(3, 0, 0)}});
     int id = 2;
     for (ALPoint const& e : childEnds) {
-        specs.push_back(SegmentSpec{id++, 1.0, 1.0, {ALPoint(3, 0, 0), e}});
+        inputs.push_back(SegmentInput{id++, 1.0, 1.0, {ALPoint(3, 0, 0), e}});
     }
     RootedSketch r;
-    r.sketch = BuildSketch(specs);
+    r.sketch = BuildSketch(inputs);
     r.sketch->GetGrid(r.grid);
     r.root = SegmentById(*r.sketch, 1);
     r.root->SetDirectAngle(kPi);
@@ -433,9 +433,9 @@ struct VerticalChain {
 
 VerticalChain MakeChain() {
     VerticalChain ch;
-    ch.sketch = BuildSketch({SegmentSpec{1, 1.0, 1.0, {ALPoint(2, 1, 0), ALPoint(3, 1, 0)}},
-                             SegmentSpec{2, 2.0, 1.0, {ALPoint(0, 0, 0), ALPoint(2, 0, 0)}},
-                             SegmentSpec{3, 1.0, 1.0, {ALPoint(2, 0, 0), ALPoint(2, 1, 0)}}});
+    ch.sketch = BuildSketch({SegmentInput{1, 1.0, 1.0, {ALPoint(2, 1, 0), ALPoint(3, 1, 0)}},
+                             SegmentInput{2, 2.0, 1.0, {ALPoint(0, 0, 0), ALPoint(2, 0, 0)}},
+                             SegmentInput{3, 1.0, 1.0, {ALPoint(2, 0, 0), ALPoint(2, 1, 0)}}});
     ch.w = SegmentById(*ch.sketch, 1);
     ch.p = SegmentById(*ch.sketch, 2);
     ch.v = SegmentById(*ch.sketch, 3);

@@ -16,7 +16,7 @@ using layout_test::At;
 using layout_test::BuildSketch;
 using layout_test::Corners;
 using layout_test::SegmentById;
-using layout_test::SegmentSpec;
+using layout_test::SegmentInput;
 
 constexpr double kPi = 3.1415926536;
 constexpr double kHalfPi = 1.5707963268;
@@ -69,8 +69,8 @@ struct Tree {
 
 Tree MakeTree(KrRoutingLayout& layout, int dir) {
     Tree t;
-    t.sketch = BuildSketch({SegmentSpec{1, 3.0, 1.0, {ALPoint(0, 0, 0), ALPoint(3, 0, 0)}},
-                            SegmentSpec{2, 1.0, 1.0, {ALPoint(3, 0, 0), ALPoint(3, 1, 0)}}});
+    t.sketch = BuildSketch({SegmentInput{1, 3.0, 1.0, {ALPoint(0, 0, 0), ALPoint(3, 0, 0)}},
+                            SegmentInput{2, 1.0, 1.0, {ALPoint(3, 0, 0), ALPoint(3, 1, 0)}}});
     t.sketch->GetGrid(t.grid);
     t.r = SegmentById(*t.sketch, 1);
     t.c = SegmentById(*t.sketch, 2);

@@ -56,13 +56,13 @@ std::vector<KrRoutingWayPoint*> Nodes(KrRoutingGrid* grid, std::vector<std::pair
 
 // Root 1 (length 3, diameter 5) from P(0,0) to P(10,0), with the given children at P(10,0).
 std::unique_ptr<KrSketch> RootWithChildren(std::vector<std::pair<int, double>> const& childLengths) {
-    std::vector<SegmentSpec> specs{{1, 3.0, 5.0, {P(0, 0), P(10, 0)}}};
+    std::vector<SegmentInput> inputs{{1, 3.0, 5.0, {P(0, 0), P(10, 0)}}};
     double y = 1.0;
     for (auto const& c : childLengths) {
-        specs.push_back({c.first, c.second, 1.0, {P(10, 0), P(12, y)}});
+        inputs.push_back({c.first, c.second, 1.0, {P(10, 0), P(12, y)}});
         y += 1.0;
     }
-    return BuildSketch(specs);
+    return BuildSketch(inputs);
 }
 
 // A layout with a recording cross-line stub and fixed angles, placing the sketch's segment 1 as
@@ -515,13 +515,13 @@ TEST(KrRoutingLayout, PlacingWithoutStrategiesUsesTheAnglesAsTheyAre) {
 // Segment i of the chain (length 1, laid at pi one after the other) runs from (1 - i, 0) to (-i, 0).
 TEST(KrRoutingLayout, ChainOfHundredThousandSegmentsLaysOutWithoutRecursion) {
     int const n = 100000;
-    std::vector<SegmentSpec> specs;
-    specs.reserve(n);
+    std::vector<SegmentInput> inputs;
+    inputs.reserve(n);
     for (int i = 0; i < n; ++i) {
-        specs.push_back({i + 1, 1.0, 1.0, {P(i, 0), P(i + 1, 0)}});
+        inputs.push_back({i + 1, 1.0, 1.0, {P(i, 0), P(i + 1, 0)}});
     }
     for (e_LayOutType type : {LayOutByDiameter, LayOutByLength}) {
-        auto sketch = BuildSketch(specs);
+        auto sketch = BuildSketch(inputs);
         KrRoutingLayout layout;
         ASSERT_EQ(0, layout.LayOut(sketch.get(), type));
         std::vector<KrRouteSegment*> segs;
@@ -542,11 +542,11 @@ TEST(KrRoutingLayout, ChainOfHundredThousandSegmentsLaysOutWithoutRecursion) {
 
 TEST(KrRoutingLayout, StarOfTenThousandChildrenAtOnePointLaysOut) {
     int const n = 10000;
-    std::vector<SegmentSpec> specs{{1, 3.0, 5.0, {P(0, 0), P(1, 0)}}};
+    std::vector<SegmentInput> inputs{{1, 3.0, 5.0, {P(0, 0), P(1, 0)}}};
     for (int i = 0; i < n; ++i) {
-        specs.push_back({i + 2, 2.0, 1.0, {P(1, 0), P(2, i + 1)}});
+        inputs.push_back({i + 2, 2.0, 1.0, {P(1, 0), P(2, i + 1)}});
     }
-    auto sketch = BuildSketch(specs);
+    auto sketch = BuildSketch(inputs);
     KrRoutingLayout layout;
     ASSERT_EQ(0, layout.LayOut(sketch.get(), LayOutByDiameter));
     std::vector<KrRouteSegment*> segs;

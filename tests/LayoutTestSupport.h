@@ -51,27 +51,27 @@ public:
 namespace layout_test {
 
 // One input route segment: id, length, diameter and its polyline (one CAD line per step).
-struct SegmentSpec {
+struct SegmentInput {
     int id;
     double length;
     double diameter;
     std::vector<ALPoint> polyline;
 };
 
-// A sketch with a grid of the given spacing, built from the specs through CreateRouteSegment and
+// A sketch with a grid of the given spacing, built from the inputs through CreateRouteSegment and
 // CreateWayPoint(map, points): points are given per line, segments in ascending id order.
-inline std::unique_ptr<KrSketch> BuildSketch(std::vector<SegmentSpec> specs, double xSpan = 1.0,
+inline std::unique_ptr<KrSketch> BuildSketch(std::vector<SegmentInput> inputs, double xSpan = 1.0,
                                              double ySpan = 1.0) {
     std::unique_ptr<KrSketch> sketch(new KrSketch());
     sketch->CreateGrid(xSpan, ySpan);
-    std::sort(specs.begin(), specs.end(),
-              [](SegmentSpec const& a, SegmentSpec const& b) { return a.id < b.id; });
+    std::sort(inputs.begin(), inputs.end(),
+              [](SegmentInput const& a, SegmentInput const& b) { return a.id < b.id; });
     std::map<long, long> linesPerSegment;
     std::vector<ALPoint> points;
-    for (SegmentSpec const& s : specs) {
+    for (SegmentInput const& s : inputs) {
         sketch->CreateRouteSegment(s.id, s.length, s.diameter);
     }
-    for (SegmentSpec const& s : specs) {
+    for (SegmentInput const& s : inputs) {
         linesPerSegment[s.id] = static_cast<long>(s.polyline.size()) - 1;
         for (std::size_t i = 1; i < s.polyline.size(); ++i) {
             points.push_back(s.polyline[i - 1]);
@@ -230,7 +230,7 @@ inline int PlaceRootLikeLayOut(KrRoutingLayout& layout, KrSketch& sketch, KrRout
 
 // n segments forming a tree: segment 0 joins two fresh points; every later segment joins a
 // random existing point to a fresh one, in a random orientation. Fresh points are distinct.
-inline std::vector<SegmentSpec> RandomTree(std::mt19937& rng, int n) {
+inline std::vector<SegmentInput> RandomTree(std::mt19937& rng, int n) {
     std::uniform_real_distribution<double> coord(0.0, 100.0);
     std::uniform_real_distribution<double> length(0.5, 8.0);
     std::uniform_int_distribution<int> diameter(1, 4);
@@ -247,16 +247,16 @@ inline std::vector<SegmentSpec> RandomTree(std::mt19937& rng, int n) {
             }
         }
     };
-    std::vector<SegmentSpec> specs;
+    std::vector<SegmentInput> inputs;
     for (int i = 0; i < n; ++i) {
         ALPoint a = i == 0 ? fresh() : nodes[std::uniform_int_distribution<std::size_t>(0, nodes.size() - 1)(rng)];
         ALPoint b = fresh();
         if (flip(rng)) {
             std::swap(a, b);
         }
-        specs.push_back(SegmentSpec{i + 1, length(rng), static_cast<double>(diameter(rng)), {a, b}});
+        inputs.push_back(SegmentInput{i + 1, length(rng), static_cast<double>(diameter(rng)), {a, b}});
     }
-    return specs;
+    return inputs;
 }
 
 // ---------------------------------------------------------------------------------------------
