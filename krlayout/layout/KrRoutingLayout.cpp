@@ -504,57 +504,44 @@ KrRoutingLayout::~KrRoutingLayout() {
     delete priority;
 }
 
-// Each Create... releases the strategy it replaces, so a layout object can be used for several
+namespace {
+
+// Replaces `field` by a new strategy of the class the layout type selects: ByDiameter for type 0,
+// ByLength for type 1. The old strategy is released, so a layout object can be used for several
 // LayOut calls without leaking. An unknown type returns 1 and leaves the field as it was.
-int KrRoutingLayout::CreatePriority(e_LayOutType type) {
-    IPriority* made = nullptr;
+template <class Base, class ByDiameter, class ByLength>
+int ReplaceStrategy(e_LayOutType type, Base*& field) {
+    Base* made = nullptr;
     switch (type) {
         case LayOutByDiameter:
-            made = new KrRoutingPriorityByDiameter();
+            made = new ByDiameter();
             break;
         case LayOutByLength:
-            made = new KrRoutingPriorityByLength();
+            made = new ByLength();
             break;
         default:
             return 1;
     }
-    delete priority;
-    priority = made;
+    delete field;
+    field = made;
     return 0;
+}
+
+}  // namespace
+
+int KrRoutingLayout::CreatePriority(e_LayOutType type) {
+    return ReplaceStrategy<IPriority, KrRoutingPriorityByDiameter, KrRoutingPriorityByLength>(
+        type, priority);
 }
 
 int KrRoutingLayout::CreateAssignAngle(e_LayOutType type) {
-    IAssignAngle* made = nullptr;
-    switch (type) {
-        case LayOutByDiameter:
-            made = new KrRoutingAssignAngleAllPositiveByDiameter();
-            break;
-        case LayOutByLength:
-            made = new KrRoutingAssignAngleByLength();
-            break;
-        default:
-            return 1;
-    }
-    delete assignAngle;
-    assignAngle = made;
-    return 0;
+    return ReplaceStrategy<IAssignAngle, KrRoutingAssignAngleAllPositiveByDiameter,
+                           KrRoutingAssignAngleByLength>(type, assignAngle);
 }
 
 int KrRoutingLayout::CreateCrossLineUpdate(e_LayOutType type) {
-    ICrossLineUpdate* made = nullptr;
-    switch (type) {
-        case LayOutByDiameter:
-            made = new KrCrossLineUpdate();
-            break;
-        case LayOutByLength:
-            made = new KrCrossLineUpdateByLength();
-            break;
-        default:
-            return 1;
-    }
-    delete crossLineUpdate;
-    crossLineUpdate = made;
-    return 0;
+    return ReplaceStrategy<ICrossLineUpdate, KrCrossLineUpdate, KrCrossLineUpdateByLength>(
+        type, crossLineUpdate);
 }
 
 int KrRoutingLayout::GetIPriority(IPriority*& p) {
