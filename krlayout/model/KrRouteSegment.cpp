@@ -350,9 +350,22 @@ int KrRouteSegment::GetRootSegment(KrRouteSegment*& root) {
 // those entries s (skipping this segment's id), the result of s beyond its other end is appended,
 // entries not yet in out only. Nested "append what is new" merges collapse into one stream: the
 // result is the depth-first sequence (each segment's own list, then its entries expanded in
-// order), keeping first occurrences only. That stream is written straight into out.
-// A segment already being expanded on the current path is not expanded again, so a route with a
-// loop still stops (such routes never reach the layout, which checks for loops first).
+// order), keeping first occurrences only. That stream is written straight into out. A segment
+// already being expanded on the current path is not expanded again, so a route with a loop ends.
+//
+// Where the placed segments form a tree, every segment is reached once and the walk is linear.
+// Where moves have made placed segments share way points, the rule walks every simple path, which
+// takes exponential time, yet nearly all of those paths only list segments already in out. Two
+// prunings skip exactly that work and nothing else, so the result is the rule's to the entry:
+//  1. The walk ends as soon as every segment it could ever list is in out. Those segments are
+//     found once beforehand by a search over the way points reachable beyond p (through placed
+//     segments other than this one), which over-approximates what the walk can reach.
+//  2. A segment reached again (it was expanded before, on another path) is expanded again only
+//     when, avoiding the segments on the current path, the same kind of search from its far end
+//     reaches a way point where a segment not yet in out (or a segment without two ends, at which
+//     the rule fails) is listed. Otherwise its expansion could append nothing.
+// First expansions are never pruned, so each segment costs one expansion plus, per further time
+// it is reached, one search; the searches stop once everything reachable is listed.
 int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRouteSegment*>& out) {
     if (p == nullptr) {
         return 1;
@@ -361,23 +374,93 @@ int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRo
 
     struct Frame {
         KrRouteSegment* seg;
-        KrRoutingWayPoint* at;
-        std::vector<KrRouteSegment*> list;  // the entries this level expands
-        std::size_t next;                   // index of the next entry to expand
+        KrRoutingWayPoint* at;  // the way point at which this level's entries were collected
+        std::size_t begin;      // this level's entries: lists[begin, end)
+        std::size_t end;
+        std::size_t next;       // index of the next entry to expand
     };
 
     std::unordered_set<KrRouteSegment*> inOut(out.begin(), out.end());
-    std::unordered_set<KrRouteSegment*> onPath;
+    std::vector<KrRouteSegment*> scratch;
+
+    // Search over way points beyond `from`, through placed segments not in `avoid`. Calls
+    // visit(segment) for every segment listed at a reached way point until visit returns true.
+    std::vector<KrRoutingWayPoint*> queue;
+    std::unordered_set<KrRoutingWayPoint*> seen;
+    auto search = [&](std::vector<KrRoutingWayPoint*> const& from,
+                      std::unordered_set<KrRouteSegment*> const& avoid, auto&& visit) {
+        queue.assign(from.begin(), from.end());
+        seen.clear();
+        seen.insert(from.begin(), from.end());
+        for (std::size_t i = 0; i < queue.size(); ++i) {
+            KrRoutingWayPoint* q = queue[i];
+            scratch.clear();
+            q->GetSegments(true, scratch);
+            for (KrRouteSegment* d : scratch) {
+                if (visit(d)) {
+                    return true;
+                }
+                if (avoid.count(d) != 0) {
+                    continue;
+                }
+                KrRoutingWayPoint* next = nullptr;
+                if (d->GetOtherEnd(q, next) == 0 && next != nullptr && seen.insert(next).second) {
+                    queue.push_back(next);
+                }
+            }
+        }
+        return false;
+    };
+
+    // Everything the walk could list, and whether a segment without two ends is among it.
+    std::unordered_set<KrRouteSegment*> const thisOnly{this};
+    std::unordered_set<KrRouteSegment*> reachable(out.begin(), out.end());
+    bool failurePossible = false;
+    {
+        std::vector<KrRoutingWayPoint*> starts;
+        for (KrRouteSegment* s : out) {
+            KrRoutingWayPoint* e = nullptr;
+            if (s == nullptr || s->GetId() == id) {
+                continue;
+            }
+            if (s->GetOtherEnd(p, e) != 0 || e == nullptr) {
+                failurePossible = true;
+                continue;
+            }
+            starts.push_back(e);
+        }
+        search(starts, thisOnly, [&](KrRouteSegment* d) {
+            reachable.insert(d);
+            KrRoutingWayPoint* e = nullptr;
+            if (d->GetOtherEnd(nullptr, e) != 0 || d->GetOtherEnd(e, e) != 0) {
+                failurePossible = true;
+            }
+            return false;
+        });
+    }
+    std::size_t missing = 0;
+    for (KrRouteSegment* s : reachable) {
+        missing += inOut.count(s) == 0 ? 1 : 0;
+    }
+
+    std::vector<KrRouteSegment*> lists(out.begin(), out.end());
+    std::unordered_set<KrRouteSegment*> onPath{this};
+    std::unordered_set<KrRouteSegment*> expanded;
     std::vector<Frame> stack;
-    stack.push_back(Frame{this, p, out, 0});
-    onPath.insert(this);
+    stack.push_back(Frame{this, p, 0, lists.size(), 0});
     // Size of out when the current top-level entry began its expansion: a failure below it
     // leaves out as the recursion would, with only the completed entries merged.
     std::size_t committed = out.size();
+    std::vector<KrRouteSegment*> found;
+    std::vector<KrRoutingWayPoint*> from(1, nullptr);
 
     while (!stack.empty()) {
+        if (missing == 0 && !failurePossible) {
+            break;  // pruning 1: nothing left that the walk could append
+        }
         Frame& top = stack.back();
-        if (top.next >= top.list.size()) {
+        if (top.begin + top.next >= top.end) {
+            lists.resize(top.begin);
             onPath.erase(top.seg);
             stack.pop_back();
             if (stack.size() == 1) {
@@ -385,7 +468,7 @@ int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRo
             }
             continue;
         }
-        KrRouteSegment* s = top.list[top.next];
+        KrRouteSegment* s = lists[top.begin + top.next];
         ++top.next;
         if (s == nullptr || s->GetId() == top.seg->GetId() || onPath.count(s) != 0) {
             continue;
@@ -396,15 +479,36 @@ int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRo
             out.resize(committed);
             return 1;
         }
-        Frame child{s, e, {}, 0};
-        s->GetConnectSegmentByPoint(e, true, child.list);
-        for (KrRouteSegment* c : child.list) {
-            if (inOut.insert(c).second) {
-                out.push_back(c);
+        if (!expanded.insert(s).second) {
+            // Pruning 2: reached again; expand only when something new lies beyond.
+            onPath.insert(s);
+            from[0] = e;
+            bool const worth = search(from, onPath, [&](KrRouteSegment* d) {
+                if (inOut.count(d) == 0) {
+                    return true;
+                }
+                KrRoutingWayPoint* a = nullptr;
+                return d->GetOtherEnd(nullptr, a) != 0 || d->GetOtherEnd(a, a) != 0;
+            });
+            onPath.erase(s);
+            if (!worth) {
+                continue;
             }
         }
+        found.clear();
+        s->GetConnectSegmentByPoint(e, true, found);
+        for (KrRouteSegment* c : found) {
+            if (inOut.insert(c).second) {
+                out.push_back(c);
+                if (reachable.count(c) != 0 && missing > 0) {
+                    --missing;
+                }
+            }
+        }
+        std::size_t const begin = lists.size();
+        lists.insert(lists.end(), found.begin(), found.end());
         onPath.insert(s);
-        stack.push_back(std::move(child));
+        stack.push_back(Frame{s, e, begin, lists.size(), 0});
     }
     return 0;
 }
