@@ -2,6 +2,7 @@
 // moves of segments that a shifted line would cross.
 #include <krlayout/grid/KrRoutingGrid.h>
 
+#include <krlayout/grid/KrSegmentIndex.h>
 #include <krlayout/model/KrGeoUtility.h>
 #include <krlayout/model/KrRouteCADLine.h>
 #include <krlayout/model/KrRouteSegment.h>
@@ -141,7 +142,10 @@ KrRoutingGrid::KrRoutingGrid()
       sketch(nullptr),
       gridCellX(2.0 * kTol),
       gridCellY(2.0 * kTol),
-      moveDepth(0) {}
+      moveDepth(0),
+      segmentIndex(nullptr),
+      movedOf(nullptr),
+      movedSeen(0) {}
 
 KrRoutingGrid::KrRoutingGrid(KrRoutingGrid const& other) = default;
 
@@ -780,56 +784,104 @@ int KrRoutingGrid::MoveCrossSegment(KrRouteCADLine* line, double dx, double dy,
     KrRouteSegment* own = nullptr;
     line->GetParentSegment(own);
 
-    std::vector<KrRouteSegment*> candidates;
-    if (sketch != nullptr) {
-        sketch->GetAllHandledRouteSegment(candidates);
+    // Membership in `moved`. Without the index: a set of the entries present now, plus a scan of
+    // the few entries that nested moves append while this call runs. With it: the batch's set.
+    bool const indexed = segmentIndex != nullptr && segmentIndex->Usable();
+    std::unordered_set<KrRouteSegment*> movedBefore;
+    if (indexed) {
+        if (movedOf != &moved || moved.size() < movedSeen) {
+            movedOf = &moved;
+            movedSeen = 0;
+            movedSet.clear();
+        }
     } else {
-        std::unordered_set<KrRouteSegment*> seen;
-        std::vector<KrRouteCADLine*> parents;
-        auto collect = [&](std::vector<KrRoutingWayPoint*> const& nodes) {
-            for (KrRoutingWayPoint* p : nodes) {
-                parents.clear();
-                p->GetParent(parents);
-                for (KrRouteCADLine* l : parents) {
-                    KrRouteSegment* seg = nullptr;
-                    if (l != nullptr) {
-                        l->GetParentSegment(seg);
-                    }
-                    if (seg != nullptr && seen.insert(seg).second) {
-                        candidates.push_back(seg);
-                    }
-                }
-            }
-        };
-        collect(gridNodes);
-        collect(nonGridNodes);
+        movedBefore.insert(moved.begin(), moved.end());
     }
-    // Membership in `moved`: a set of the entries present now, plus a scan of the few entries
-    // that nested moves append while this call runs.
-    std::unordered_set<KrRouteSegment*> const movedBefore(moved.begin(), moved.end());
     std::size_t const movedStart = moved.size();
     auto isMoved = [&](KrRouteSegment* seg) {
+        if (indexed) {
+            for (; movedSeen < moved.size(); ++movedSeen) {
+                movedSet.insert(moved[movedSeen]);
+            }
+            return movedSet.count(seg) != 0;
+        }
         return movedBefore.count(seg) != 0 ||
                std::find(moved.begin() + static_cast<std::ptrdiff_t>(movedStart), moved.end(),
                          seg) != moved.end();
     };
-
-    ++moveDepth;
-    for (KrRouteSegment* cand : candidates) {
+    auto takes = [&](KrRouteSegment* cand) {
         if (cand == nullptr || cand == own || isMoved(cand)) {
-            continue;
+            return false;
         }
         bool placed = false;
         cand->IsRedefine(placed);
-        if (!placed || (own != nullptr && ShareEnd(own, cand)) ||
-            !CrossesSegment(cand, target)) {
-            continue;
-        }
+        return placed && !(own != nullptr && ShareEnd(own, cand)) && CrossesSegment(cand, target);
+    };
+    auto moveOne = [&](KrRouteSegment* cand) {
         moved.push_back(cand);
         if (moveDepth > kMaxMoveDepth) {
             pendingMoves.push_back(PendingMove{cand, dx, dy, &moved});
         } else {
             cand->Move(this, dx, dy, moved);
+            if (segmentIndex != nullptr) {
+                segmentIndex->MarkDirty(cand);
+            }
+        }
+    };
+
+    ++moveDepth;
+    if (indexed) {
+        // The same candidates in the same order as the scan below: the placed segments of the
+        // store, each tested with its geometry at the moment the scan would reach it. Geometry
+        // changes only when a candidate is moved, so after each move the candidates beyond the
+        // moved one are asked for again. The line's own segment may be in the middle of a move.
+        segmentIndex->MarkDirty(own);
+        std::vector<std::size_t> places;
+        std::size_t from = 0;
+        bool more = true;
+        while (more) {
+            more = false;
+            segmentIndex->Candidates(target[0], target[1], target[2], target[3], places);
+            for (auto it = std::lower_bound(places.begin(), places.end(), from); it != places.end(); ++it) {
+                KrRouteSegment* cand = segmentIndex->At(*it);
+                if (!takes(cand)) {
+                    continue;
+                }
+                from = *it + 1;
+                moveOne(cand);
+                more = true;
+                break;
+            }
+        }
+    } else {
+        std::vector<KrRouteSegment*> candidates;
+        if (sketch != nullptr) {
+            sketch->GetAllHandledRouteSegment(candidates);
+        } else {
+            std::unordered_set<KrRouteSegment*> seen;
+            std::vector<KrRouteCADLine*> parents;
+            auto collect = [&](std::vector<KrRoutingWayPoint*> const& nodes) {
+                for (KrRoutingWayPoint* p : nodes) {
+                    parents.clear();
+                    p->GetParent(parents);
+                    for (KrRouteCADLine* l : parents) {
+                        KrRouteSegment* seg = nullptr;
+                        if (l != nullptr) {
+                            l->GetParentSegment(seg);
+                        }
+                        if (seg != nullptr && seen.insert(seg).second) {
+                            candidates.push_back(seg);
+                        }
+                    }
+                }
+            };
+            collect(gridNodes);
+            collect(nonGridNodes);
+        }
+        for (KrRouteSegment* cand : candidates) {
+            if (takes(cand)) {
+                moveOne(cand);
+            }
         }
     }
     if (moveDepth == 1) {
@@ -837,6 +889,9 @@ int KrRoutingGrid::MoveCrossSegment(KrRouteCADLine* line, double dx, double dy,
         for (std::size_t i = 0; i < pendingMoves.size(); ++i) {
             PendingMove const pending = pendingMoves[i];
             pending.segment->Move(this, pending.dx, pending.dy, *pending.moved);
+            if (segmentIndex != nullptr) {
+                segmentIndex->MarkDirty(pending.segment);
+            }
         }
         pendingMoves.clear();
     }

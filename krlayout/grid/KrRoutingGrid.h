@@ -17,6 +17,7 @@
 
 class KrRouteCADLine;
 class KrRouteSegment;
+class KrSegmentIndex;
 class KrRoutingWayPoint;
 class KrSketch;
 
@@ -70,6 +71,9 @@ public:
                          std::vector<KrRouteSegment*>& moved);
 
 private:
+    // The layout lends the grid its index of placed segments for the time of one LayOut call.
+    friend class KrRoutingLayout;
+
     // Lattice cell of the lookup index.
     struct CellKey {
         std::int64_t cx;
@@ -122,4 +126,13 @@ private:
     // Cross-move recursion depth and the moves postponed beyond the depth limit.
     int moveDepth;
     std::vector<PendingMove> pendingMoves;
+    // Index of the placed segments of the grid's sketch, owned by the layout running on this grid
+    // (null outside LayOut): the cross-segment moves take their candidates from it.
+    KrSegmentIndex* segmentIndex;
+    // Membership of the list of moved segments of the current batch of moves (with the index
+    // only): the list only grows during a batch, so its entries are added as they appear instead
+    // of being collected anew by every call. The layout starts a new batch with movedOf null.
+    std::vector<KrRouteSegment*> const* movedOf;
+    std::size_t movedSeen;
+    std::unordered_set<KrRouteSegment*> movedSet;
 };

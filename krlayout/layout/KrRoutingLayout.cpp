@@ -3,6 +3,7 @@
 #include <krlayout/layout/KrRoutingLayout.h>
 
 #include <krlayout/grid/KrRoutingGrid.h>
+#include <krlayout/grid/KrSegmentIndex.h>
 #include <krlayout/layout/IAssignAngle.h>
 #include <krlayout/layout/ICrossLineUpdate.h>
 #include <krlayout/layout/IPriority.h>
@@ -33,12 +34,6 @@ namespace {
 
 constexpr double kTol = GEO_TOLERANCE;
 
-// Cell indices stay well inside the 64-bit range and exact in a double.
-constexpr double kCellLimit = 1125899906842624.0;  // 2^50
-// A segment whose boxes cover more cells than this is kept in the index's always-list.
-constexpr std::int64_t kMaxCellsPerEntry = 256;
-// A query box covering more cells than this scans every entry instead.
-constexpr std::int64_t kMaxCellsPerQuery = 1024;
 // Upper limit of the rows that count as spanned by placed geometry in the row-push bound.
 constexpr double kMaxSpannedRows = 1.0e9;
 
@@ -161,12 +156,17 @@ bool SegmentEnds(KrRouteSegment* seg, KrRoutingWayPoint*& a, KrRoutingWayPoint*&
 
 // Moves every entry that segs holds when the call starts; KrRouteSegment::Move appends the
 // segments it moves itself (those its lines would cross) to segs, and these are not moved again.
-void MoveListed(KrRoutingGrid* grid, double dx, double dy, std::vector<KrRouteSegment*>& segs) {
+// Each moved segment is noted in the index (when there is one) before the next move asks it.
+void MoveListed(KrRoutingGrid* grid, double dx, double dy, std::vector<KrRouteSegment*>& segs,
+                KrSegmentIndex* index) {
     std::size_t const count = segs.size();
     for (std::size_t i = 0; i < count; ++i) {
         KrRouteSegment* s = segs[i];  // re-read: the list may have grown and moved in memory
         if (s != nullptr) {
             s->Move(grid, dx, dy, segs);
+            if (index != nullptr) {
+                index->MarkDirty(s);
+            }
         }
     }
 }
@@ -184,309 +184,6 @@ void Offset(KrRoutingWayPoint* p, KrRoutingWayPoint* next, double& dx, double& d
 }
 
 }  // namespace
-
-// ---------------------------------------------------------------------------------------------
-// Spatial index of the handled segments.
-//
-// GetFirstCrossLine must find the first handled segment, in the order of
-// KrSketch::GetAllHandledRouteSegment (store order), that the line start-first crosses. A linear
-// scan per placement is quadratic on long routes, so during LayOut the handled segments are kept
-// in buckets: every CAD line's box (widened) is entered into square cells, and a query visits the
-// cells of the line's box. A crossing puts the crossing point inside both boxes (within the
-// tolerance), so every segment that can be hit is among the candidates; the candidate with the
-// smallest store order that is hit is the answer, exactly what the linear scan returns.
-// The index is refreshed for every segment the layout places, moves or extends. A handled
-// segment the index cannot order (not in GetAllSegments) switches it off for the rest of the
-// run, and the linear scan takes over.
-struct KrRoutingLayout::HandledIndex {
-    struct Key {
-        std::int64_t cx;
-        std::int64_t cy;
-        bool operator==(Key const& o) const { return cx == o.cx && cy == o.cy; }
-    };
-    struct KeyHash {
-        std::size_t operator()(Key const& k) const {
-            std::uint64_t h = static_cast<std::uint64_t>(k.cx) * 0x9E3779B97F4A7C15ULL;
-            h ^= static_cast<std::uint64_t>(k.cy) + 0x7F4A7C159E3779B9ULL + (h << 6) + (h >> 2);
-            return static_cast<std::size_t>(h);
-        }
-    };
-    struct Entry {
-        KrRouteSegment* seg;
-        std::size_t order;
-        std::vector<Key> keys;  // cells that list this entry
-        bool always;            // geometry no cell can hold: a candidate of every query
-        std::size_t stamp;      // last query that visited this entry
-        bool twoEnds;           // exactly two ends, e0 and e1
-        KrRoutingWayPoint* e0;
-        KrRoutingWayPoint* e1;
-    };
-
-    double cell = 0.0;
-    bool exact = false;
-    std::size_t segmentCount = 0;
-    std::unordered_map<KrRouteSegment*, std::size_t> order;
-    std::unordered_map<KrRouteSegment*, std::size_t> entryOf;
-    std::vector<Entry> entries;
-    std::unordered_map<Key, std::vector<std::size_t>, KeyHash> cells;
-    std::vector<std::size_t> always;
-    std::size_t stamp = 0;
-    // Vertical extent of all geometry ever indexed (only grows).
-    bool hasY = false;
-    double yMin = 0.0;
-    double yMax = 0.0;
-
-    static double Margin(double a, double b, double c, double d) {
-        double const m = std::max(std::max(std::fabs(a), std::fabs(b)), std::max(std::fabs(c), std::fabs(d)));
-        return 1e-4 + 1e-9 * m;
-    }
-
-    // Cell range of a box; false when it cannot be bucketed.
-    bool Range(double x0, double y0, double x1, double y1, std::int64_t limit, Key& lo, Key& hi) const {
-        double const e = Margin(x0, y0, x1, y1);
-        double const fx0 = std::floor((std::min(x0, x1) - e) / cell);
-        double const fx1 = std::floor((std::max(x0, x1) + e) / cell);
-        double const fy0 = std::floor((std::min(y0, y1) - e) / cell);
-        double const fy1 = std::floor((std::max(y0, y1) + e) / cell);
-        for (double f : {fx0, fx1, fy0, fy1}) {
-            if (!(std::fabs(f) < kCellLimit)) {
-                return false;  // also NaN
-            }
-        }
-        double const count = (fx1 - fx0 + 1.0) * (fy1 - fy0 + 1.0);
-        if (!(count <= static_cast<double>(limit))) {
-            return false;
-        }
-        lo = Key{static_cast<std::int64_t>(fx0), static_cast<std::int64_t>(fy0)};
-        hi = Key{static_cast<std::int64_t>(fx1), static_cast<std::int64_t>(fy1)};
-        return true;
-    }
-
-    void Init(std::vector<KrRouteSegment*> const& segments, KrRoutingGrid* grid, KrSketch* sketch) {
-        segmentCount = segments.size();
-        double xs = 0.0;
-        double ys = 0.0;
-        grid->GetGridSpan(xs, ys);
-        double sum = 0.0;
-        std::size_t n = 0;
-        for (std::size_t i = 0; i < segments.size(); ++i) {
-            KrRouteSegment* s = segments[i];
-            if (s == nullptr) {
-                continue;
-            }
-            order.emplace(s, i);  // the first occurrence keeps its place
-            double len = 0.0;
-            s->GetLength(len);
-            if (std::isfinite(len) && len > 0.0 && len < 1e12) {
-                sum += len;
-                ++n;
-            }
-        }
-        double const span = std::max(std::fabs(xs), std::fabs(ys));
-        cell = std::max(4.0 * span, n > 0 ? sum / static_cast<double>(n) : 0.0);
-        exact = std::isfinite(cell) && cell > 0.0;
-        if (exact && sketch != nullptr) {
-            std::vector<KrRouteSegment*> handled;
-            sketch->GetAllHandledRouteSegment(handled);
-            for (KrRouteSegment* s : handled) {
-                Refresh(s);
-            }
-        }
-    }
-
-    void Unlink(std::size_t idx) {
-        Entry& e = entries[idx];
-        for (Key const& k : e.keys) {
-            auto it = cells.find(k);
-            if (it == cells.end()) {
-                continue;
-            }
-            std::vector<std::size_t>& list = it->second;
-            auto pos = std::find(list.begin(), list.end(), idx);
-            if (pos != list.end()) {
-                *pos = list.back();
-                list.pop_back();
-            }
-            if (list.empty()) {
-                cells.erase(it);
-            }
-        }
-        e.keys.clear();
-        if (e.always) {
-            auto pos = std::find(always.begin(), always.end(), idx);
-            if (pos != always.end()) {
-                *pos = always.back();
-                always.pop_back();
-            }
-            e.always = false;
-        }
-    }
-
-    void Link(std::size_t idx) {
-        Entry& entry = entries[idx];
-        bool degenerated = false;
-        entry.twoEnds = entry.seg->IsDegenerated(degenerated) == 0;  // 0 exactly with two ends
-        entry.e0 = nullptr;
-        entry.e1 = nullptr;
-        if (entry.twoEnds) {
-            SegmentEnds(entry.seg, entry.e0, entry.e1);
-        }
-        std::vector<KrRouteCADLine*> lines;
-        entries[idx].seg->GetAllCADLine(lines);
-        std::vector<Key> keys;
-        bool fits = true;
-        for (KrRouteCADLine* line : lines) {
-            KrRoutingWayPoint* s = nullptr;
-            KrRoutingWayPoint* t = nullptr;
-            if (line == nullptr) {
-                continue;
-            }
-            line->GetStartPoint(s);
-            line->GetEndPoint(t);
-            if (s == nullptr || t == nullptr) {
-                continue;  // IsSecWith skips such lines as well
-            }
-            double x0 = 0.0;
-            double y0 = 0.0;
-            double x1 = 0.0;
-            double y1 = 0.0;
-            s->GetGridCoord(x0, y0);
-            t->GetGridCoord(x1, y1);
-            for (double y : {y0, y1}) {
-                if (std::isfinite(y)) {
-                    yMin = hasY ? std::min(yMin, y) : y;
-                    yMax = hasY ? std::max(yMax, y) : y;
-                    hasY = true;
-                }
-            }
-            Key lo{0, 0};
-            Key hi{0, 0};
-            if (!fits || !Range(x0, y0, x1, y1, kMaxCellsPerEntry, lo, hi)) {
-                fits = false;
-                continue;
-            }
-            for (std::int64_t cx = lo.cx; cx <= hi.cx; ++cx) {
-                for (std::int64_t cy = lo.cy; cy <= hi.cy; ++cy) {
-                    keys.push_back(Key{cx, cy});
-                }
-            }
-            if (static_cast<std::int64_t>(keys.size()) > kMaxCellsPerEntry) {
-                fits = false;
-            }
-        }
-        Entry& e = entries[idx];
-        if (!fits) {
-            e.always = true;
-            always.push_back(idx);
-            return;
-        }
-        std::sort(keys.begin(), keys.end(), [](Key const& a, Key const& b) {
-            return a.cx < b.cx || (a.cx == b.cx && a.cy < b.cy);
-        });
-        keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
-        for (Key const& k : keys) {
-            cells[k].push_back(idx);
-        }
-        e.keys = std::move(keys);
-    }
-
-    void Refresh(KrRouteSegment* seg) {
-        if (!exact || seg == nullptr) {
-            return;
-        }
-        bool handled = false;
-        seg->IsRedefine(handled);
-        if (!handled) {
-            return;  // only handled segments are candidates; the layout never un-handles one
-        }
-        auto const ord = order.find(seg);
-        if (ord == order.end()) {
-            exact = false;  // its place in the store order is unknown: fall back to the scan
-            return;
-        }
-        std::size_t idx = 0;
-        auto const found = entryOf.find(seg);
-        if (found == entryOf.end()) {
-            idx = entries.size();
-            entries.push_back(Entry{seg, ord->second, {}, false, 0, false, nullptr, nullptr});
-            entryOf.emplace(seg, idx);
-        } else {
-            idx = found->second;
-            Unlink(idx);
-        }
-        Link(idx);
-    }
-
-    // The first handled segment (store order) not connected to seg by an end whose lines the
-    // line p1-p2 crosses, and the line hit; null when none.
-    KrRouteCADLine* FirstCross(KrRouteSegment* seg, double* p1, double* p2) {
-        ++stamp;
-        // seg's own ends, when it has exactly two: then IsOneEnd is a comparison with them.
-        KrRoutingWayPoint* sa = nullptr;
-        KrRoutingWayPoint* sb = nullptr;
-        bool degenerated = false;
-        bool const segTwoEnds = seg->IsDegenerated(degenerated) == 0 && SegmentEnds(seg, sa, sb);
-        std::size_t bestOrder = SIZE_MAX;
-        KrRouteCADLine* bestLine = nullptr;
-        auto visit = [&](std::size_t idx) {
-            Entry& e = entries[idx];
-            if (e.stamp == stamp) {
-                return;
-            }
-            e.stamp = stamp;
-            if (e.order >= bestOrder) {
-                return;
-            }
-            // With exactly two ends, the root point and the opposite end that IsConnectByEnd
-            // tests are those two ends: test them directly (no angle arithmetic per candidate).
-            bool connected = false;
-            if (e.twoEnds && segTwoEnds) {
-                connected = e.e0 == sa || e.e0 == sb || e.e1 == sa || e.e1 == sb;
-            } else if (e.twoEnds) {
-                seg->IsOneEnd(e.e0, connected);
-                if (!connected) {
-                    seg->IsOneEnd(e.e1, connected);
-                }
-            } else {
-                seg->IsConnectByEnd(e.seg, connected);
-            }
-            if (connected) {
-                return;
-            }
-            double hit[2] = {0.0, 0.0};
-            KrRouteCADLine* line = nullptr;
-            bool crosses = false;
-            e.seg->IsSecWith(p1, p2, hit, line, crosses);
-            if (crosses) {
-                bestOrder = e.order;
-                bestLine = line;
-            }
-        };
-        Key lo{0, 0};
-        Key hi{0, 0};
-        if (!Range(p1[0], p1[1], p2[0], p2[1], kMaxCellsPerQuery, lo, hi)) {
-            for (std::size_t i = 0; i < entries.size(); ++i) {
-                visit(i);
-            }
-            return bestLine;
-        }
-        for (std::size_t idx : always) {
-            visit(idx);
-        }
-        for (std::int64_t cx = lo.cx; cx <= hi.cx; ++cx) {
-            for (std::int64_t cy = lo.cy; cy <= hi.cy; ++cy) {
-                auto const it = cells.find(Key{cx, cy});
-                if (it == cells.end()) {
-                    continue;
-                }
-                for (std::size_t idx : it->second) {
-                    visit(idx);
-                }
-            }
-        }
-        return bestLine;
-    }
-};
 
 // ---------------------------------------------------------------------------------------------
 // Construction and strategies.
@@ -584,11 +281,22 @@ int KrRoutingLayout::LayOut(IRoutingSketch* sketch, e_LayOutType type) {
         return 1;
     }
 
+    // The index of placed segments answers the first-crossing search, and the grid's crossing
+    // moves when the grid's sketch is the one laid out (their candidates are its store).
     KrSketch* store = nullptr;
     grid->GetSketch(store);
+    struct Lend {
+        KrRoutingGrid* grid;
+        ~Lend() { grid->segmentIndex = nullptr; }
+    } lend{grid};
     if (handledIndexEnabled) {
-        handledIndex.reset(new HandledIndex());
-        handledIndex->Init(segments, grid, store);
+        double xs = 0.0;
+        double ys = 0.0;
+        grid->GetGridSpan(xs, ys);
+        handledIndex.reset(new KrSegmentIndex(segments, xs, ys));
+        if (store != nullptr && static_cast<IRoutingSketch*>(store) == sketch) {
+            grid->segmentIndex = handledIndex.get();
+        }
     }
 
     // The first angle is set and immediately replaced: the root is laid toward -x.
@@ -603,6 +311,7 @@ int KrRoutingLayout::LayOut(IRoutingSketch* sketch, e_LayOutType type) {
     root->SetType(e_AngleAreaRoot);
     PlaceOneSegment(points, root, grid);  // its result is not passed on
 
+    grid->segmentIndex = nullptr;
     handledIndex.reset();
     sketch->CheckRouteSegment();
     return 0;
@@ -779,11 +488,9 @@ long KrRoutingLayout::RowPushBound(KrRoutingGrid* grid) {
     bool hasY = false;
     double yMin = 0.0;
     double yMax = 0.0;
-    if (handledIndex && handledIndex->exact) {
-        segmentCount = handledIndex->segmentCount;
-        hasY = handledIndex->hasY;
-        yMin = handledIndex->yMin;
-        yMax = handledIndex->yMax;
+    if (handledIndex && handledIndex->Usable()) {
+        segmentCount = handledIndex->SegmentCount();
+        hasY = handledIndex->VerticalExtent(yMin, yMax);
     } else {
         KrSketch* sketch = nullptr;
         grid->GetSketch(sketch);
@@ -830,20 +537,8 @@ void KrRoutingLayout::RefreshHandled(KrRouteSegment* seg) {
 }
 
 void KrRoutingLayout::RefreshHandledAt(KrRoutingWayPoint* p) {
-    if (!handledIndex || p == nullptr) {
-        return;
-    }
-    std::vector<KrRouteCADLine*> lines;
-    p->GetParent(lines);
-    std::unordered_set<KrRouteSegment*> seen;
-    for (KrRouteCADLine* line : lines) {
-        KrRouteSegment* s = nullptr;
-        if (line != nullptr) {
-            line->GetParentSegment(s);
-        }
-        if (s != nullptr && seen.insert(s).second) {
-            handledIndex->Refresh(s);
-        }
+    if (handledIndex) {
+        handledIndex->RefreshAt(p);
     }
 }
 
@@ -955,7 +650,7 @@ int KrRoutingLayout::GetFirstCrossLine(KrRoutingGrid* grid, KrRouteSegment* seg,
     start->GetGridCoord(p1);
     first->GetGridCoord(p2);
     KrRouteCADLine* hitLine = nullptr;
-    if (handledIndex && handledIndex->exact) {
+    if (handledIndex && handledIndex->Usable()) {
         hitLine = handledIndex->FirstCross(seg, p1, p2);
     } else {
         KrSketch* sketch = nullptr;
@@ -1052,7 +747,8 @@ int KrRoutingLayout::MoveSegmentAway(KrRoutingGrid* grid, KrRoutingWayPoint* a, 
     double dx = 0.0;
     double dy = 0.0;
     Offset(a, next, dx, dy);
-    MoveListed(grid, dx, dy, segs);
+    grid->movedOf = nullptr;  // a new batch of moves
+    MoveListed(grid, dx, dy, segs, handledIndex.get());
     for (KrRouteSegment* s : segs) {
         RefreshHandled(s);
     }
@@ -1074,7 +770,8 @@ int KrRoutingLayout::MoveSegmentAway(KrRoutingGrid* grid, e_AngleArea area, KrRo
     double dx = 0.0;
     double dy = 0.0;
     Offset(p, next, dx, dy);
-    MoveListed(grid, dx, dy, segs);
+    grid->movedOf = nullptr;  // a new batch of moves
+    MoveListed(grid, dx, dy, segs, handledIndex.get());
     for (KrRouteSegment* s : segs) {
         RefreshHandled(s);
     }

@@ -14,6 +14,7 @@ class IPriority;
 class IRoutingSketch;
 class KrRouteSegment;
 class KrRoutingGrid;
+class KrSegmentIndex;
 class KrRoutingWayPoint;
 
 class KRLAYOUT_EXPORT KrRoutingLayout {
@@ -66,9 +67,6 @@ private:
     // Tests install stub strategies through this peer.
     friend class KrRoutingLayoutTestAccess;
 
-    // Spatial index of the handled segments, alive only during LayOut (see the source).
-    struct HandledIndex;
-
     // Places a child at `end`: attempts at its row, pushing a rejected vertical child outwards.
     void PlaceChild(KrRoutingGrid* grid, KrRouteSegment* child, KrRoutingWayPoint* end,
                     std::vector<KrRoutingWayPoint*>& pointList);
@@ -82,6 +80,6 @@ private:
     ICrossLineUpdate* crossLineUpdate;
     IAssignAngle* assignAngle;
     IPriority* priority;
-    std::unique_ptr<HandledIndex> handledIndex;
+    std::unique_ptr<KrSegmentIndex> handledIndex;  // alive only during LayOut
     bool handledIndexEnabled;  // tests switch the index off to compare with the linear scan
 };

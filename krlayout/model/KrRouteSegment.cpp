@@ -9,7 +9,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <functional>
 #include <unordered_set>
+#include <utility>
 
 namespace {
 
@@ -20,6 +22,11 @@ void EraseFirst(std::vector<T*>& v, T* item) {
         v.erase(it);
     }
 }
+
+// Work budget of GetTailHandledSegment (see there): a fixed part plus a part per state of the
+// walk's first search. The layouts of thousands of recorded random trees need at most 0.6 million.
+constexpr std::size_t kTailWalkBudget = 1000000;
+constexpr std::size_t kTailWalkBudgetPerState = 64;
 
 template <typename T>
 bool Holds(std::vector<T*> const& v, T* item) {
@@ -366,6 +373,15 @@ int KrRouteSegment::GetRootSegment(KrRouteSegment*& root) {
 //     the rule fails) is listed. Otherwise its expansion could append nothing.
 // First expansions are never pruned, so each segment costs one expansion plus, per further time
 // it is reached, one search; the searches stop once everything reachable is listed.
+//
+// The searches over-approximate (they may pass through one segment twice, which a path may not),
+// so on some tangled placements the rule still explores many paths that end up listing nothing.
+// The walk therefore has a budget: kTailWalkBudget plus kTailWalkBudgetPerState per state of the
+// first search, counting every expansion and every state searched. Once it is spent, a segment
+// reached again is no longer expanded: every segment expanded so far stays where the rule put it
+// in out, and the rest of the walk lists each remaining reachable segment at its first discovery.
+// No recorded layout that ended before needs a fifth of the budget; walks that exceed it took
+// minutes or hours before.
 int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRouteSegment*>& out) {
     if (p == nullptr) {
         return 1;
@@ -383,20 +399,34 @@ int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRo
     std::unordered_set<KrRouteSegment*> inOut(out.begin(), out.end());
     std::vector<KrRouteSegment*> scratch;
 
-    // Search over way points beyond `from`, through placed segments not in `avoid`. Calls
-    // visit(segment) for every segment listed at a reached way point until visit returns true.
-    std::vector<KrRoutingWayPoint*> queue;
-    std::unordered_set<KrRoutingWayPoint*> seen;
-    auto search = [&](std::vector<KrRoutingWayPoint*> const& from,
-                      std::unordered_set<KrRouteSegment*> const& avoid, auto&& visit) {
+    // Search over the ways the walk could go beyond a start: a state is a way point and the
+    // segment the walk arrived by; from it every placed segment at the point other than that one
+    // and those in `avoid` leads to its other end. Calls visit(segment) for every segment listed
+    // at a reached state (all placed segments there but the arriving one) until visit returns
+    // true. The walk's paths are among these ways, so this over-approximates what it can reach.
+    std::size_t work = 0;  // states searched plus segments expanded: the walk's budget
+    using State = std::pair<KrRouteSegment*, KrRoutingWayPoint*>;
+    struct StateHash {
+        std::size_t operator()(State const& st) const {
+            return std::hash<KrRouteSegment*>()(st.first) * 31u + std::hash<KrRoutingWayPoint*>()(st.second);
+        }
+    };
+    std::vector<State> queue;
+    std::unordered_set<State, StateHash> seen;
+    auto search = [&](std::vector<State> const& from, std::unordered_set<KrRouteSegment*> const& avoid,
+                      auto&& visit) {
         queue.assign(from.begin(), from.end());
         seen.clear();
         seen.insert(from.begin(), from.end());
         for (std::size_t i = 0; i < queue.size(); ++i) {
-            KrRoutingWayPoint* q = queue[i];
+            ++work;
+            State const st = queue[i];
             scratch.clear();
-            q->GetSegments(true, scratch);
+            st.second->GetSegments(true, scratch);
             for (KrRouteSegment* d : scratch) {
+                if (d == st.first) {
+                    continue;
+                }
                 if (visit(d)) {
                     return true;
                 }
@@ -404,8 +434,9 @@ int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRo
                     continue;
                 }
                 KrRoutingWayPoint* next = nullptr;
-                if (d->GetOtherEnd(q, next) == 0 && next != nullptr && seen.insert(next).second) {
-                    queue.push_back(next);
+                if (d->GetOtherEnd(st.second, next) == 0 && next != nullptr &&
+                    seen.insert(State(d, next)).second) {
+                    queue.push_back(State(d, next));
                 }
             }
         }
@@ -417,7 +448,7 @@ int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRo
     std::unordered_set<KrRouteSegment*> reachable(out.begin(), out.end());
     bool failurePossible = false;
     {
-        std::vector<KrRoutingWayPoint*> starts;
+        std::vector<State> starts;
         for (KrRouteSegment* s : out) {
             KrRoutingWayPoint* e = nullptr;
             if (s == nullptr || s->GetId() == id) {
@@ -427,7 +458,7 @@ int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRo
                 failurePossible = true;
                 continue;
             }
-            starts.push_back(e);
+            starts.push_back(State(s, e));
         }
         search(starts, thisOnly, [&](KrRouteSegment* d) {
             reachable.insert(d);
@@ -438,6 +469,8 @@ int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRo
             return false;
         });
     }
+    // Budget of the exhaustive rule: beyond it, segments reached again are no longer expanded.
+    std::size_t const budget = kTailWalkBudget + kTailWalkBudgetPerState * work;
     std::size_t missing = 0;
     for (KrRouteSegment* s : reachable) {
         missing += inOut.count(s) == 0 ? 1 : 0;
@@ -452,7 +485,7 @@ int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRo
     // leaves out as the recursion would, with only the completed entries merged.
     std::size_t committed = out.size();
     std::vector<KrRouteSegment*> found;
-    std::vector<KrRoutingWayPoint*> from(1, nullptr);
+    std::vector<State> from(1);
 
     while (!stack.empty()) {
         if (missing == 0 && !failurePossible) {
@@ -481,8 +514,11 @@ int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRo
         }
         if (!expanded.insert(s).second) {
             // Pruning 2: reached again; expand only when something new lies beyond.
+            if (work > budget) {
+                continue;
+            }
             onPath.insert(s);
-            from[0] = e;
+            from[0] = State(s, e);
             bool const worth = search(from, onPath, [&](KrRouteSegment* d) {
                 if (inOut.count(d) == 0) {
                     return true;
@@ -495,6 +531,7 @@ int KrRouteSegment::GetTailHandledSegment(KrRoutingWayPoint* p, std::vector<KrRo
                 continue;
             }
         }
+        ++work;
         found.clear();
         s->GetConnectSegmentByPoint(e, true, found);
         for (KrRouteSegment* c : found) {
