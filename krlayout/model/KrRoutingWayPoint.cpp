@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <unordered_set>
 
 namespace {
 
@@ -22,6 +23,35 @@ KrRouteSegment* ParentSegmentOf(KrRouteCADLine* line)
         line->GetParentSegment(seg);
     }
     return seg;
+}
+
+// Above this many parents plus entries, "not already in out" is answered by a set instead of a
+// scan of out per parent, which is quadratic where thousands of segments meet at one point.
+constexpr std::size_t kScanLimit = 32;
+
+// Appends the parent segment of every line in parents that `keep` accepts and out does not hold
+// yet, in parent order.
+template <typename Keep>
+void AppendParentSegments(std::vector<KrRouteCADLine*> const& parents, std::vector<KrRouteSegment*>& out,
+                          Keep keep)
+{
+    if (parents.size() + out.size() <= kScanLimit) {
+        for (KrRouteCADLine* parent : parents) {
+            KrRouteSegment* seg = ParentSegmentOf(parent);
+            if (seg != nullptr && !Contains(out, seg) && keep(seg)) {
+                out.push_back(seg);
+            }
+        }
+        return;
+    }
+    std::unordered_set<KrRouteSegment*> held(out.begin(), out.end());
+    for (KrRouteCADLine* parent : parents) {
+        KrRouteSegment* seg = ParentSegmentOf(parent);
+        if (seg != nullptr && held.count(seg) == 0 && keep(seg)) {
+            held.insert(seg);
+            out.push_back(seg);
+        }
+    }
 }
 
 }  // namespace
@@ -180,28 +210,17 @@ int KrRoutingWayPoint::GetCADLineBySegment(KrRouteSegment* seg, KrRouteCADLine*&
 // Lines without a parent segment contribute no segment to the segment queries below.
 int KrRoutingWayPoint::GetConnectSegment(std::vector<KrRouteSegment*>& out)
 {
-    for (KrRouteCADLine* parent : parents) {
-        KrRouteSegment* seg = ParentSegmentOf(parent);
-        if (seg != nullptr && !Contains(out, seg)) {
-            out.push_back(seg);
-        }
-    }
+    AppendParentSegments(parents, out, [](KrRouteSegment*) { return true; });
     return 0;
 }
 
 int KrRoutingWayPoint::GetSegments(bool redefined, std::vector<KrRouteSegment*>& out)
 {
-    for (KrRouteCADLine* parent : parents) {
-        KrRouteSegment* seg = ParentSegmentOf(parent);
-        if (seg == nullptr || Contains(out, seg)) {
-            continue;
-        }
+    AppendParentSegments(parents, out, [redefined](KrRouteSegment* seg) {
         bool flag = false;
         seg->IsRedefine(flag);
-        if (flag == redefined) {
-            out.push_back(seg);
-        }
-    }
+        return flag == redefined;
+    });
     return 0;
 }
 

@@ -184,7 +184,10 @@ KrSketch::KrSketch(KrSketch const& other)
       wayPoints(other.wayPoints),
       connectors(other.connectors),
       bends(other.bends),
-      degenerateSegments(other.degenerateSegments)
+      degenerateSegments(other.degenerateSegments),
+      segmentsById(other.segmentsById),
+      indexedSegments(other.indexedSegments),
+      segmentIndexStale(other.segmentIndexStale)
 {
 }
 
@@ -197,6 +200,7 @@ KrSketch& KrSketch::operator=(KrSketch const& other)
         connectors = other.connectors;
         bends = other.bends;
         degenerateSegments = other.degenerateSegments;
+        StoreChanged();
     }
     return *this;
 }
@@ -210,6 +214,7 @@ KrSketch::~KrSketch()
         delete s;
     }
     segments.clear();
+    StoreChanged();
     delete grid;
     grid = nullptr;
     for (KrRoutingWayPoint* p : wayPoints) {
@@ -470,15 +475,17 @@ int KrSketch::CheckRouteSegment()
         }
     }
     segments.resize(kept);
+    StoreChanged();
     return 0;
 }
 
 int KrSketch::SetCADLineIdByRouteId(long id, std::vector<std::pair<long, long>> const& ids)
 {
-    for (KrRouteSegment* seg : segments) {
-        if (seg->GetId() != id) {
-            continue;
-        }
+    std::vector<KrRouteSegment*> const* withId = SegmentsWithId(id);
+    if (withId == nullptr) {
+        return 0;
+    }
+    for (KrRouteSegment* seg : *withId) {
         std::vector<KrRouteCADLine*> lines;
         seg->GetAllCADLine(lines);
         if (lines.size() != ids.size()) {
@@ -536,14 +543,28 @@ int KrSketch::SetCADPointIdByRouteId(long id, std::vector<long*>& ids)
 
 int KrSketch::GetRouteSegmentById(long id, KrRouteSegment*& seg)
 {
-    for (KrRouteSegment* s : segments) {
-        if (s->GetId() == id) {
-            seg = s;
-            return 0;
-        }
+    std::vector<KrRouteSegment*> const* withId = SegmentsWithId(id);
+    if (withId != nullptr && !withId->empty()) {
+        seg = withId->front();  // the first in store order, as a scan finds it
+        return 0;
     }
     seg = nullptr;
     return 1;
+}
+
+std::vector<KrRouteSegment*> const* KrSketch::SegmentsWithId(long id)
+{
+    if (segmentIndexStale || indexedSegments > segments.size()) {
+        segmentsById.clear();
+        indexedSegments = 0;
+        segmentIndexStale = false;
+    }
+    for (; indexedSegments < segments.size(); ++indexedSegments) {
+        KrRouteSegment* s = segments[indexedSegments];
+        segmentsById[s->GetId()].push_back(s);
+    }
+    auto const it = segmentsById.find(id);
+    return it == segmentsById.end() ? nullptr : &it->second;
 }
 
 // Unlike GetRouteSegmentById, an unknown id is not a failure and leaves seg as it was.
@@ -686,10 +707,11 @@ int KrSketch::GetAllLineNewPos(std::vector<ALPoint>& out)
 
 int KrSketch::GetLinesByRouteId(long id, std::vector<ALLine>& out)
 {
-    for (KrRouteSegment* s : segments) {
-        if (s->GetId() != id) {
-            continue;
-        }
+    std::vector<KrRouteSegment*> const* withId = SegmentsWithId(id);
+    if (withId == nullptr) {
+        return 0;
+    }
+    for (KrRouteSegment* s : *withId) {
         std::vector<KrRouteCADLine*> lines;
         s->GetAllCADLine(lines);
         for (KrRouteCADLine* line : lines) {
@@ -839,6 +861,7 @@ int KrSketch::RemoveSegments(std::vector<KrRouteSegment*>& toRemove)
             continue;
         }
         segments.erase(it);
+        StoreChanged();
         s->ClearLines();
         delete s;
     }
@@ -895,6 +918,7 @@ int KrSketch::RemoveDegenerateRouteSegment()
         }
     }
     segments.resize(kept);
+    StoreChanged();
     return 0;
 }
 

@@ -8,6 +8,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <unordered_map>
 #include <vector>
 
 class KrRouteConnector;
@@ -68,6 +69,10 @@ private:
     int BuildWayPoints(std::map<long, long> const* linesPerSegment, std::vector<ALPoint> const& points);
     // True when another live segment joins the same two end way points as seg.
     bool HasBypass(KrRouteSegment* seg);
+    // The segments with an id, in store order (null when none), through an index of the store
+    // that follows appends and is rebuilt after any other change of the store.
+    std::vector<KrRouteSegment*> const* SegmentsWithId(long id);
+    void StoreChanged() { segmentIndexStale = true; }
 
     std::vector<KrRouteSegment*> segments;
     KrRoutingGrid* grid;
@@ -75,4 +80,7 @@ private:
     std::vector<KrRouteConnector*> connectors;
     std::vector<KrRouteBends*> bends;
     std::vector<KrRouteSegment*> degenerateSegments;
+    std::unordered_map<long, std::vector<KrRouteSegment*>> segmentsById;
+    std::size_t indexedSegments = 0;
+    bool segmentIndexStale = false;
 };
