@@ -828,6 +828,89 @@ TEST(KrRouteSegment, TailHandledMatchesTheRecursiveRuleOnRandomRoutes) {
     }
 }
 
+// Lines through several points: a segment is listed at every point its lines pass through, and
+// from a point that is not its start it is left toward its start.
+TEST(KrRouteSegment, TailHandledMatchesTheRecursiveRuleWhereLinesRunThroughOtherJoints) {
+    std::mt19937 rng(20261124u);
+    for (int round = 0; round < 300; ++round) {
+        Route r;
+        int const pointCount = 3 + static_cast<int>(rng() % 5);
+        int const segmentCount = 2 + static_cast<int>(rng() % 7);
+        for (int i = 0; i < pointCount; ++i) {
+            r.Point(i, 0);
+        }
+        for (int k = 0; k < segmentCount; ++k) {
+            std::vector<KrRoutingWayPoint*> chain;
+            std::vector<std::size_t> order(r.points.size());
+            for (std::size_t i = 0; i < order.size(); ++i) {
+                order[i] = i;
+            }
+            std::shuffle(order.begin(), order.end(), rng);
+            std::size_t const length = 2 + rng() % 2;
+            for (std::size_t i = 0; i < length; ++i) {
+                chain.push_back(r.points[order[i]]);
+            }
+            r.Segment(k, chain, rng() % 5 != 0);
+        }
+        for (KrRouteSegment* s : r.segments) {
+            for (KrRoutingWayPoint* p : r.points) {
+                Segs expected, got, path;
+                int const want = RecursiveTail(s, p, expected, path);
+                ASSERT_EQ(s->GetTailHandledSegment(p, got), want) << "round " << round;
+                ASSERT_EQ(got, expected) << "round " << round;
+            }
+        }
+    }
+}
+
+// A ladder: two rails of placed segments joined by a rung at every joint, hanging off a first
+// segment. The rule's simple paths through it are exponential in its length; the walk lists the
+// same segments in the same order as the rule on a short ladder and ends at once on a long one,
+// listing every segment once. The first segment is listed too: the ladder's cycles lead back to
+// the joint it ends at.
+struct Ladder {
+    Route r;
+    KrRouteSegment* first = nullptr;
+    KrRoutingWayPoint* from = nullptr;
+    explicit Ladder(int rungs) {
+        std::vector<KrRoutingWayPoint*> top;
+        std::vector<KrRoutingWayPoint*> bottom;
+        for (int i = 0; i <= rungs; ++i) {
+            top.push_back(r.Point(i, 1));
+            bottom.push_back(r.Point(i, 0));
+        }
+        KrRoutingWayPoint* anchor = r.Point(-1, 1);
+        first = r.Segment(1, {anchor, top[0]}, true);
+        from = top[0];
+        long id = 2;
+        for (int i = 0; i <= rungs; ++i) {
+            r.Segment(id++, {top[i], bottom[i]}, true);
+            if (i < rungs) {
+                r.Segment(id++, {top[i], top[i + 1]}, true);
+                r.Segment(id++, {bottom[i], bottom[i + 1]}, true);
+            }
+        }
+    }
+};
+
+TEST(KrRouteSegment, TailHandledOnAShortLadderFollowsTheRecursiveRule) {
+    Ladder l(5);
+    Segs expected, got, path;
+    ASSERT_EQ(RecursiveTail(l.first, l.from, expected, path), 0);
+    ASSERT_EQ(l.first->GetTailHandledSegment(l.from, got), 0);
+    EXPECT_EQ(got, expected);
+    EXPECT_EQ(got.size(), l.r.segments.size());
+}
+
+TEST(KrRouteSegment, TailHandledOnALongLadderEndsAndListsEverySegmentOnce) {
+    Ladder l(400);  // the rule alone would walk more than 2^400 paths
+    Segs got;
+    ASSERT_EQ(l.first->GetTailHandledSegment(l.from, got), 0);
+    EXPECT_EQ(got.size(), l.r.segments.size());
+    std::sort(got.begin(), got.end());
+    EXPECT_TRUE(std::adjacent_find(got.begin(), got.end()) == got.end());
+}
+
 // ---------------------------------------------------------------------------------------------
 // Duplicates between the same two points.
 

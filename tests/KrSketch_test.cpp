@@ -1,6 +1,8 @@
 // The routing sketch as a store: grid, lookups by id, way point ownership, connectors, bends and
 // the degenerate list.
 #include <krlayout/grid/KrRoutingGrid.h>
+#include <krlayout/model/ALLine.h>
+#include <krlayout/model/ALPoint.h>
 #include <krlayout/model/KrRouteCADLine.h>
 #include <krlayout/model/KrRouteSegment.h>
 #include <krlayout/model/KrRoutingWayPoint.h>
@@ -11,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 #include <type_traits>
 #include <vector>
@@ -380,4 +383,43 @@ TEST(KrSketch, LineEndRecordKeepsItsFields)
     EXPECT_EQ(2, e.lineIndex);
     EXPECT_TRUE(e.isStart);
     EXPECT_TRUE(e.point == ALPoint(1, 2, 3));
+}
+
+// Lookups by id go through an index of the store; they answer as a scan in store order does,
+// also after segments were appended or removed.
+TEST(KrSketch, LookupsByIdFollowTheStoreThroughAppendsAndRemovals) {
+    KrSketch sketch;
+    sketch.CreateGrid(1.0, 1.0);
+    sketch.CreateRouteSegment(7, 1.0, 1.0);
+    sketch.CreateRouteSegment(5, 2.0, 1.0);
+    sketch.CreateRouteSegment(7, 3.0, 1.0);  // a second segment with id 7: it gets no line
+    std::map<long, long> lines{{5, 1}, {7, 1}};
+    std::vector<ALPoint> points{ALPoint(0, 0, 0), ALPoint(2, 0, 0), ALPoint(2, 0, 0), ALPoint(2, 3, 0)};
+    sketch.CreateWayPoint(lines, points);
+    KrRouteSegment* seven = nullptr;
+    ASSERT_EQ(0, sketch.GetRouteSegmentById(7, seven));
+    double length = 0.0;
+    seven->GetLength(length);
+    EXPECT_EQ(1.0, length);  // the first in store order
+    KrRouteSegment* none = seven;
+    EXPECT_EQ(1, sketch.GetRouteSegmentById(6, none));
+    EXPECT_EQ(nullptr, none);
+
+    sketch.CreateRouteSegment(9, 4.0, 1.0);  // appended after the index was built
+    KrRouteSegment* nine = nullptr;
+    ASSERT_EQ(0, sketch.GetRouteSegmentById(9, nine));
+    EXPECT_EQ(9, nine->GetId());
+    std::vector<ALLine> got;
+    sketch.GetLinesByRouteId(7, got);
+    EXPECT_EQ(1u, got.size());  // both segments with id 7 are read; only the first has a line
+
+    sketch.CheckRouteSegment();  // drops the segments without lines: the second 7 and 9
+    EXPECT_EQ(1, sketch.GetRouteSegmentById(9, nine));
+    EXPECT_EQ(nullptr, nine);
+    ASSERT_EQ(0, sketch.GetRouteSegmentById(7, seven));
+    seven->GetLength(length);
+    EXPECT_EQ(1.0, length);
+    std::vector<long> ids;
+    sketch.GetAllRouteSegment(ids);
+    EXPECT_EQ(ids, (std::vector<long>{7, 5}));
 }
