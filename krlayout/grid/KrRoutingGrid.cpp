@@ -291,9 +291,28 @@ KrRoutingWayPoint* KrRoutingGrid::FindGridNode(double x, double y) {
             break;
         }
     }
-    for (std::int64_t ox = -1; ox <= 1; ++ox) {
-        for (std::int64_t oy = -1; oy <= 1; ++oy) {
-            auto const it = gridIndex.find(CellKey{key.cx + ox, key.cy + oy});
+    // A match lies within half a spacing (plus the tolerance) of (x, y) on each axis: only the
+    // cells that this interval touches can hold one, usually two per axis instead of three. The
+    // widening covers the tolerance and the rounding of the bounds far from the origin.
+    std::int64_t loX = key.cx - 1;
+    std::int64_t hiX = key.cx + 1;
+    std::int64_t loY = key.cy - 1;
+    std::int64_t hiY = key.cy + 1;
+    double const reachX = 0.5 * std::fabs(xSpan) + 2.0 * kTol + 1e-9 * (std::fabs(x) + std::fabs(xSpan));
+    double const reachY = 0.5 * std::fabs(ySpan) + 2.0 * kTol + 1e-9 * (std::fabs(y) + std::fabs(ySpan));
+    std::int64_t c0 = 0;
+    std::int64_t c1 = 0;
+    if (CellOf(x - reachX, gridCellX, c0) && CellOf(x + reachX, gridCellX, c1)) {
+        loX = std::max(loX, c0);
+        hiX = std::min(hiX, c1);
+    }
+    if (CellOf(y - reachY, gridCellY, c0) && CellOf(y + reachY, gridCellY, c1)) {
+        loY = std::max(loY, c0);
+        hiY = std::min(hiY, c1);
+    }
+    for (std::int64_t cx = loX; cx <= hiX; ++cx) {
+        for (std::int64_t cy = loY; cy <= hiY; ++cy) {
+            auto const it = gridIndex.find(CellKey{cx, cy});
             if (it == gridIndex.end()) {
                 continue;
             }
