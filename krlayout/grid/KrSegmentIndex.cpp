@@ -313,15 +313,19 @@ KrRouteCADLine* KrSegmentIndex::FirstCross(KrRouteSegment* seg, double* p1, doub
         if (connected) {
             continue;
         }
-        double hit[2] = {0.0, 0.0};
-        KrRouteCADLine* line = nullptr;
-        bool crosses = false;
-        h->IsSecWith(p1, p2, hit, line, crosses);
-        if (crosses) {
+        if (KrRouteCADLine* line = CrossedLine(h, p1, p2)) {
             return line;
         }
     }
     return nullptr;
+}
+
+KrRouteCADLine* KrSegmentIndex::CrossedLine(KrRouteSegment* h, double* p1, double* p2) {
+    double hit[2] = {0.0, 0.0};
+    KrRouteCADLine* line = nullptr;
+    bool crosses = false;
+    h->IsSecWith(p1, p2, hit, line, crosses);
+    return crosses ? line : nullptr;
 }
 
 bool KrSegmentIndex::VerticalExtent(double& lo, double& hi) const {

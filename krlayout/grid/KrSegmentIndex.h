@@ -55,6 +55,9 @@ public:
     // p1-p2 crosses (KrRouteSegment::IsSecWith), and the line hit; null when none.
     KrRouteCADLine* FirstCross(KrRouteSegment* seg, double* p1, double* p2);
 
+    // The line of h that the line p1-p2 crosses (KrRouteSegment::IsSecWith), or null.
+    static KrRouteCADLine* CrossedLine(KrRouteSegment* h, double* p1, double* p2);
+
     std::size_t SegmentCount() const { return store.size(); }
     // Vertical extent of all geometry ever read (it only grows); false before any.
     bool VerticalExtent(double& yMin, double& yMax) const;

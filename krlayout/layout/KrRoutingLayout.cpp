@@ -669,12 +669,8 @@ int KrRoutingLayout::GetFirstCrossLine(KrRoutingGrid* grid, KrRouteSegment* seg,
             if (connected) {
                 continue;
             }
-            double hit[2] = {0.0, 0.0};
-            KrRouteCADLine* line = nullptr;
-            bool crosses = false;
-            h->IsSecWith(p1, p2, hit, line, crosses);
-            if (crosses) {
-                hitLine = line;
+            hitLine = KrSegmentIndex::CrossedLine(h, p1, p2);
+            if (hitLine != nullptr) {
                 break;
             }
         }
