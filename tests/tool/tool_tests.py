@@ -400,10 +400,64 @@ def errors_group():
             before = listing(tmp)
             code, _, err = run([path, "-o", os.path.join(tmp, "x.png")])
             check(code == 3, "exit %d: %r" % (code, err))
-            check("coarser --grid" in err, "message: %r" % err)
+            check("lattice nodes" in err and "memory budget" in err, "message: %r" % err)
+            check("larger grid spacing" in err, "message: %r" % err)
             check(listing(tmp) == before, "files left behind")
 
     too_large()
+
+    @case("absurd length refused")
+    def absurd_length():
+        # One segment of 1e12 m on the default 0.02 m grid: 5e13 lattice nodes, far beyond the
+        # memory budget of 2 GiB at 160 bytes a node (13421772 nodes).
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "absurd.json")
+            with open(path, "w") as f:
+                json.dump({"segments": [{"id": 1, "value": 0.01, "entities": [
+                    {"kind": "line", "start": [0, 0, 0], "end": [1e12, 0, 0]}]}]}, f)
+            before = listing(tmp)
+            code, _, err = run([path, "-o", os.path.join(tmp, "x.json"), "-o", os.path.join(tmp, "x.svg")])
+            check(code == 3, "exit %d: %r" % (code, err))
+            check(err.startswith("krlayout: " + path + ": "), "message names the document: %r" % err)
+            for text in ("about 5e+13 lattice nodes", "at most 13421772", "memory budget of 2 GiB",
+                         "160 bytes", "larger grid spacing", "--grid 74600 or more"):
+                check(text in err, "message lacks %r: %r" % (text, err))
+            check(listing(tmp) == before, "files left behind: %s" % listing(tmp))
+            # On a grid coarse enough for it, the same document is laid out.
+            code, _, err = run([path, "--grid", "1e11", "-q", "-o", os.path.join(tmp, "x.json")])
+            check(code == 0, "on a 1e11 m grid: exit %d: %r" % (code, err))
+
+    absurd_length()
+
+    @case("large document accepted")
+    def large_document():
+        # A chain of 3000 segments of 0.5-1.1 m: about 120,000 grid steps on the default grid,
+        # so about 123,000 lattice nodes, far within the memory budget. Drawn as well, so that
+        # label placement among thousands of labels is exercised.
+        import random
+        rng = random.Random(11)
+        x, y = 0.0, 0.0
+        segments = []
+        total = 0.0
+        for i in range(1, 3001):
+            nx, ny = x + rng.uniform(0.5, 1.1), y + rng.uniform(-0.05, 0.05)
+            total += math.hypot(nx - x, ny - y)
+            segments.append({"id": i, "value": 0.005, "entities": [
+                {"kind": "line", "start": [x, y, 0], "end": [nx, ny, 0]}]})
+            x, y = nx, ny
+        check(total / 0.02 > 100000, "the chain is %g grid steps long" % (total / 0.02))
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "chain.json")
+            with open(path, "w") as f:
+                json.dump({"segments": segments}, f)
+            out = os.path.join(tmp, "chain.json.out.json")
+            code, _, err = run([path, "-m", "arrays", "-q", "-o", out, "-o", os.path.join(tmp, "chain.svg")])
+            check(code == 0, "exit %d: %r" % (code, err))
+            check(err == "", "stderr: %r" % err)
+            doc = load_json(out)
+            check(doc["laid_out"] is True and len(doc["segments"]) == 3000, "laid out %r" % doc["status"])
+
+    large_document()
 
 
 def options_group():

@@ -118,11 +118,12 @@ void ConnectorPlacer::place(LayoutResult& result, std::map<long, std::string> co
         std::vector<Point2> freeEnds;
         for (Point2 const& e : ends) {
             auto const t = touching.find(keyOf(e));
+            // The lists hold each segment once, in ascending order, so an end is free when its
+            // list holds this segment only: a test in constant time, also at a hub where
+            // thousands of segments meet.
             bool alone = true;
-            if (t != touching.end()) {
-                for (size_t other : t->second)
-                    alone = alone && other == i;
-            }
+            if (t != touching.end())
+                alone = t->second.size() == 1 && t->second.front() == i;
             if (alone)
                 freeEnds.push_back(e);
         }

@@ -85,8 +85,9 @@ public:
             DrawingRenderer::Options const& options)
         : result_(result), report_(report), options_(options), laidOut_(result.laidOut)
     {
-        for (long id : result.failedIds)
-            failedIds_.push_back(id);
+        // Sorted, to look segments up in logarithmic time.
+        failedIds_ = result.failedIds;
+        std::sort(failedIds_.begin(), failedIds_.end());
     }
 
     void render(std::ostream& out);
@@ -103,7 +104,7 @@ private:
 
     bool failedSegment(long id) const
     {
-        return std::find(failedIds_.begin(), failedIds_.end(), id) != failedIds_.end();
+        return std::binary_search(failedIds_.begin(), failedIds_.end(), id);
     }
     Colour colourOf(size_t index, long id) const
     {
@@ -119,7 +120,7 @@ private:
     QualityReport const& report_;
     DrawingRenderer::Options options_;
     bool laidOut_;
-    std::vector<long> failedIds_;
+    std::vector<long> failedIds_;   // sorted
 
     Extent extent_;
     Frame frame_;

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <ostream>
 #include <sstream>
+#include <vector>
 
 namespace krtool {
 
@@ -132,11 +133,12 @@ void DxfWriter::write(std::ostream& out, LayoutResult const& result)
     layer("0", 7);
     layer("LABELS", 8);
     bool const failedRun = !result.failedIds.empty();
+    // Sorted, to look each segment up in logarithmic time.
+    std::vector<long> failedIds = result.failedIds;
+    std::sort(failedIds.begin(), failedIds.end());
     for (size_t i = 0; i < result.segments.size(); ++i) {
         long const id = result.segments[i].id;
-        bool failed = false;
-        for (long f : result.failedIds)
-            failed = failed || f == id;
+        bool const failed = std::binary_search(failedIds.begin(), failedIds.end(), id);
         // Failed segments are red on a grey sketch; otherwise the ACI colours 1..6 in turn.
         int color = failedRun ? (failed ? 1 : 8) : static_cast<int>(1 + i % 6);
         layer(layerName(id), color);

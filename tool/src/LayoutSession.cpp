@@ -108,24 +108,78 @@ std::string LayoutSession::statusText(long status)
     }
 }
 
+double LayoutSession::latticeNodeEstimate(ToolOptions const& options) const
+{
+    double const spacing = std::min(options.gridX, options.gridY);
+    double nodes = 0.0;
+    for (JsonHostModel::Segment const& s : document_->model().segments) {
+        double length = 0.0;
+        for (JsonHostModel::Entity const& e : s.entities)
+            length += e.length;
+        nodes += length / spacing + 1.0;
+    }
+    return nodes;
+}
+
 std::string LayoutSession::sizeProblem(ToolOptions const& options) const
 {
+    double const limit = static_cast<double>(kMaxLatticeNodes);
+    double const nodes = latticeNodeEstimate(options);
+    // Written so that a NaN estimate is refused too.
+    if (nodes <= limit)
+        return std::string();
+
+    std::vector<JsonHostModel::Segment> const& segments = document_->model().segments;
     double total = 0.0;
-    for (JsonHostModel::Segment const& s : document_->model().segments) {
+    for (JsonHostModel::Segment const& s : segments) {
         for (JsonHostModel::Entity const& e : s.entities)
             total += e.length;
     }
+    double const count = static_cast<double>(segments.size());
     double const spacing = std::min(options.gridX, options.gridY);
-    double const steps = total / spacing;
-    if (std::isfinite(steps) && steps <= kMaxGridSteps)
-        return std::string();
-    char buf[320];
+    char const* units = options.units.c_str();
+
+    char length[96];
+    if (std::isfinite(total))
+        std::snprintf(length, sizeof length, "the segments add up to %.6g %s", total, units);
+    else
+        std::snprintf(length, sizeof length, "the segments add up to more than can be counted");
+    char grid[96];
+    std::snprintf(grid, sizeof grid, "%.6g %s%s", spacing, units,
+                  options.gridX != options.gridY ? " (the finer spacing)" : "");
+    char estimate[96];
+    if (std::isfinite(nodes))
+        std::snprintf(estimate, sizeof estimate, "about %.4g lattice nodes", nodes);
+    else
+        std::snprintf(estimate, sizeof estimate, "an unbounded number of lattice nodes");
+
+    // The finest spacing whose estimate fits (total / spacing + count <= limit), rounded up to
+    // three significant digits.
+    char advice[128];
+    double const finest = total / (limit - count);
+    if (count < limit && std::isfinite(finest) && finest > 0.0) {
+        double const digit = std::pow(10.0, std::floor(std::log10(finest)) - 2.0);
+        double suggested = std::ceil(finest / digit) * digit;
+        if (!(suggested >= finest))
+            suggested = finest * 1.01;
+        std::snprintf(advice, sizeof advice, "give a larger grid spacing: --grid %g or more",
+                      suggested);
+    } else if (count >= limit) {
+        std::snprintf(advice, sizeof advice,
+                      "the document has more segments than that, so no grid spacing helps");
+    } else {
+        std::snprintf(advice, sizeof advice, "no grid spacing makes it fit: shorten the segments");
+    }
+
+    char buf[640];
     std::snprintf(buf, sizeof buf,
-                  "%s: the segments add up to %.6g %s, %.3g grid steps of %.6g %s; at most %.0f can "
-                  "be laid out: give a coarser --grid",
-                  path_.c_str(), total, options.units.c_str(), steps, spacing, options.units.c_str(),
-                  kMaxGridSteps);
-    return buf;
+                  "%s; on a grid of %s the layout would create %s (one per grid step along every "
+                  "segment), but at most %lld fit in its memory budget of %g GiB at about %lld "
+                  "bytes a node: %s",
+                  length, grid, estimate, kMaxLatticeNodes,
+                  static_cast<double>(kLatticeMemoryBudget) / (1024.0 * 1024.0 * 1024.0),
+                  kBytesPerLatticeNode, advice);
+    return path_ + ": " + buf;
 }
 
 bool LayoutSession::hasFeature(std::string const& name) const
@@ -229,18 +283,18 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
     JsonHostRecorder const& rec = document_->results();
     result.statusText = statusText(result.status);
 
-    // The checks name their segments through callouts on the host's selection.
+    // The checks name their segments through callouts on the host's selection. Each message and
+    // each segment is kept once, in the order of the first callout; the sets find repeats.
+    std::set<std::pair<long, std::string>> knownMessages;
+    std::set<long> knownFailed;
     for (JsonHostRecorder::Selected const& sel : rec.callouts()) {
         if (!sel.hasCallout || sel.target.kind != "entity")
             continue;
         std::string const text = TextCodec::toUtf8(sel.callout);
         long const id = sel.target.segment;
-        bool known = false;
-        for (auto const& m : result.messages)
-            known = known || (m.first == id && m.second == text);
-        if (!known)
+        if (knownMessages.insert({id, text}).second)
             result.messages.push_back({id, text});
-        if (std::find(result.failedIds.begin(), result.failedIds.end(), id) == result.failedIds.end())
+        if (knownFailed.insert(id).second)
             result.failedIds.push_back(id);
         if (result.checkMessage.empty())
             result.checkMessage = text;

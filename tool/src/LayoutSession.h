@@ -22,10 +22,21 @@ public:
     LayoutSession(LayoutSession const&) = delete;
     LayoutSession& operator=(LayoutSession const&) = delete;
 
-    // Most grid steps a run may walk (total segment length over the finer spacing): the layout's
-    // time grows with the square of it.
-    static constexpr double kMaxGridSteps = 100000.0;
-    // Why the document cannot be laid out on this grid in reasonable time; empty when it can.
+    // What bounds the size of a run is memory: the layout puts a lattice node at every grid step
+    // along every placed segment, each a heap object of roughly 100-200 bytes together with its
+    // share of the indexes that find it. A run may need at most kMaxLatticeNodes of them: the
+    // nodes that fit into a budget of kLatticeMemoryBudget bytes (2 GiB) at an estimated
+    // kBytesPerLatticeNode (160) bytes each, 13,421,772 nodes. A 100,000-segment harness of
+    // 0.01-1.5 m segments on the default 0.02 m grid needs at most 7.6 million.
+    static constexpr long long kLatticeMemoryBudget = 2LL * 1024 * 1024 * 1024;
+    static constexpr long long kBytesPerLatticeNode = 160;
+    static constexpr long long kMaxLatticeNodes = kLatticeMemoryBudget / kBytesPerLatticeNode;
+
+    // Lattice nodes a run on this grid would create: the sum over the segments of
+    // (length / finer spacing + 1). May be infinite or NaN for absurd documents or grids.
+    double latticeNodeEstimate(ToolOptions const& options) const;
+    // Why the document cannot be laid out on this grid within the memory budget; empty when it
+    // can.
     std::string sizeProblem(ToolOptions const& options) const;
 
     // Whether the document has a feature of that name (compared exactly).

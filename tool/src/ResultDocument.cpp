@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <ostream>
+#include <vector>
 
 namespace krtool {
 
@@ -69,14 +70,16 @@ Json ResultDocument::build(LayoutResult const& result, QualityReport const& repo
     j["messages"] = messages;
     j["removed_segments"] = result.removedIds;
 
+    // Sorted, to mark the failed segments in logarithmic time each.
+    std::vector<long> failed = result.failedIds;
+    std::sort(failed.begin(), failed.end());
     Json segments = Json::array();
     for (ResultSegment const& s : result.segments) {
         Json seg;
         seg["id"] = s.id;
         seg["length"] = s.length;
         seg["diameter"] = s.diameter;
-        seg["failed"] = std::find(result.failedIds.begin(), result.failedIds.end(), s.id) !=
-                        result.failedIds.end();
+        seg["failed"] = std::binary_search(failed.begin(), failed.end(), s.id);
         Json lines = Json::array();
         for (size_t i = 0; i < s.lines.size(); ++i) {
             ResultLine const& l = s.lines[i];
