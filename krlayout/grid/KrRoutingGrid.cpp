@@ -46,6 +46,40 @@ int SaturateToInt(double v) {
 
 bool CellSizeUsable(double size) { return std::isfinite(size) && size > 0.0; }
 
+// Spacings for which the lattice index is used: a node within half a spacing (plus the tolerance)
+// of a query then lies at one of at most four lattice indices per axis.
+bool LatticeSpanUsable(double span) { return std::isfinite(span) && span >= 1.0e-3; }
+
+std::uint64_t LatticeHash(std::int32_t ix, std::int32_t iy) {
+    std::uint64_t h = (static_cast<std::uint64_t>(static_cast<std::uint32_t>(ix)) << 32) |
+                      static_cast<std::uint64_t>(static_cast<std::uint32_t>(iy));
+    h ^= h >> 30;
+    h *= 0xBF58476D1CE4E5B9ULL;
+    h ^= h >> 27;
+    h *= 0x94D049BB133111EBULL;
+    h ^= h >> 31;
+    return h;
+}
+
+// The lattice indices (ascending, within the int range) that a node within half a spacing of v
+// can have on an axis of spacing span; count is 0 when there is none (v not finite, or beyond
+// the nodes' saturated indices). A candidate still has to pass the exact test.
+int LatticeCandidates(double v, double span, std::int32_t* out) {
+    if (!std::isfinite(v)) {
+        return 0;
+    }
+    double const reach = 0.5 * span + 2.0 * kTol + 1e-9 * (std::fabs(v) + span);
+    double const lo = std::floor((v - reach) / span);
+    double const hi = std::ceil((v + reach) / span);
+    double const first = std::max(lo, -2147483648.0);
+    double const last = std::min(hi, 2147483647.0);
+    int count = 0;
+    for (double k = first; k <= last && count < 4; k += 1.0) {
+        out[count++] = static_cast<std::int32_t>(k);
+    }
+    return count;
+}
+
 // The index cell of v; false when v does not fit a cell (non-finite or too far out).
 bool CellOf(double v, double size, std::int64_t& cell) {
     double const q = std::floor(v / size);
@@ -140,6 +174,8 @@ KrRoutingGrid::KrRoutingGrid()
       scale3(0.0),
       scale4(0.0),
       sketch(nullptr),
+      latticeIndexed(false),
+      latticeCount(0),
       gridCellX(2.0 * kTol),
       gridCellY(2.0 * kTol),
       moveDepth(0),
@@ -215,7 +251,25 @@ void KrRoutingGrid::RebuildGridIndex() {
     // tolerances keeps every match in the query's cell or a neighbouring one.
     double const cellX = std::fabs(xSpan) + 2.0 * kTol;
     double const cellY = std::fabs(ySpan) + 2.0 * kTol;
-    if (cellX == gridCellX && cellY == gridCellY) {
+    if (gridNodes.empty()) {
+        // Nodes are yet to come, all at the lattice of these spacings.
+        latticeIndexed = LatticeSpanUsable(xSpan) && LatticeSpanUsable(ySpan);
+        lattice.clear();
+        latticeCount = 0;
+        gridCellX = cellX;
+        gridCellY = cellY;
+        gridIndex.clear();
+        gridOutliers.clear();
+        return;
+    }
+    bool const wasLattice = latticeIndexed;
+    if (wasLattice) {
+        // The existing nodes lie on the lattice of the former spacings: from now on they are
+        // found through the cell index.
+        latticeIndexed = false;
+        std::vector<LatticeSlot>().swap(lattice);
+        latticeCount = 0;
+    } else if (cellX == gridCellX && cellY == gridCellY) {
         return;
     }
     gridCellX = cellX;
@@ -225,6 +279,84 @@ void KrRoutingGrid::RebuildGridIndex() {
     for (std::size_t i = 0; i < gridNodes.size(); ++i) {
         IndexGridNode(i);
     }
+}
+
+std::size_t KrRoutingGrid::LatticeFind(std::int32_t ix, std::int32_t iy) const {
+    if (lattice.empty()) {
+        return kNone;
+    }
+    std::size_t const mask = lattice.size() - 1;
+    for (std::size_t slot = LatticeHash(ix, iy) & mask;; slot = (slot + 1) & mask) {
+        LatticeSlot const& s = lattice[slot];
+        if (s.node == 0) {
+            return kNone;
+        }
+        if (s.ix == ix && s.iy == iy) {
+            return static_cast<std::size_t>(s.node - 1);
+        }
+    }
+}
+
+// Keeps the first node of a lattice position: a later one at the same indices has the same
+// coordinates, so it matches exactly when the first does, and the first comes earlier.
+void KrRoutingGrid::LatticeInsert(std::int32_t ix, std::int32_t iy, std::size_t index) {
+    if (2 * (latticeCount + 1) > lattice.size()) {
+        std::vector<LatticeSlot> old;
+        old.swap(lattice);
+        lattice.assign(old.empty() ? 64 : 2 * old.size(), LatticeSlot{0, 0, 0});
+        latticeCount = 0;
+        for (LatticeSlot const& s : old) {
+            if (s.node != 0) {
+                LatticeInsert(s.ix, s.iy, static_cast<std::size_t>(s.node - 1));
+            }
+        }
+    }
+    std::size_t const mask = lattice.size() - 1;
+    for (std::size_t slot = LatticeHash(ix, iy) & mask;; slot = (slot + 1) & mask) {
+        LatticeSlot& s = lattice[slot];
+        if (s.node == 0) {
+            s = LatticeSlot{ix, iy, static_cast<std::uint64_t>(index) + 1};
+            ++latticeCount;
+            return;
+        }
+        if (s.ix == ix && s.iy == iy) {
+            return;
+        }
+    }
+}
+
+// The first node in creation order that matches (x, y) while the lattice index is in use: the
+// lattice positions near (x, y) that pass the exact test on each axis are looked up, and the
+// smallest creation index among them wins, as in a scan of gridNodes.
+KrRoutingWayPoint* KrRoutingGrid::FindLatticeNode(double x, double y) {
+    std::int32_t xs[4];
+    std::int32_t ys[4];
+    int const nx = LatticeCandidates(x, xSpan, xs);
+    int const ny = LatticeCandidates(y, ySpan, ys);
+    double const hx = xSpan * 0.5;
+    double const hy = ySpan * 0.5;
+    int mx = 0;
+    for (int i = 0; i < nx; ++i) {
+        // The coordinate a node at this index was given: static_cast<double>(ix) * xSpan.
+        double const dx = std::fabs(x - static_cast<double>(xs[i]) * xSpan);
+        if (KrGeoUtility::LessEqualThan(dx, hx, kTol)) {
+            xs[mx++] = xs[i];
+        }
+    }
+    int my = 0;
+    for (int i = 0; i < ny; ++i) {
+        double const dy = std::fabs(y - static_cast<double>(ys[i]) * ySpan);
+        if (KrGeoUtility::LessEqualThan(dy, hy, kTol)) {
+            ys[my++] = ys[i];
+        }
+    }
+    std::size_t best = kNone;
+    for (int i = 0; i < mx; ++i) {
+        for (int j = 0; j < my; ++j) {
+            best = std::min(best, LatticeFind(xs[i], ys[j]));
+        }
+    }
+    return best == kNone ? nullptr : gridNodes[best];
 }
 
 void KrRoutingGrid::IndexGridNode(std::size_t index) {
@@ -273,6 +405,9 @@ bool KrRoutingGrid::NonGridNodeMatches(std::size_t index, double x, double y) {
 // The first grid node in creation order that matches (x, y), as a scan of gridNodes would find
 // it: the candidates come from the index, and the smallest matching creation index wins.
 KrRoutingWayPoint* KrRoutingGrid::FindGridNode(double x, double y) {
+    if (latticeIndexed) {
+        return FindLatticeNode(x, y);
+    }
     CellKey key{0, 0};
     bool const indexed = CellSizeUsable(gridCellX) && CellSizeUsable(gridCellY) &&
                          CellOf(x, gridCellX, key.cx) && CellOf(y, gridCellY, key.cy);
@@ -384,7 +519,11 @@ int KrRoutingGrid::GetGridNode(double x, double y, KrRoutingWayPoint*& node) {
         found = new KrRoutingWayPoint();
         found->SetGridCoord(static_cast<double>(ix) * xSpan, static_cast<double>(iy) * ySpan);
         gridNodes.push_back(found);
-        IndexGridNode(gridNodes.size() - 1);
+        if (latticeIndexed) {
+            LatticeInsert(ix, iy, gridNodes.size() - 1);
+        } else {
+            IndexGridNode(gridNodes.size() - 1);
+        }
     }
     node = found;
     return 0;
@@ -417,6 +556,7 @@ int KrRoutingGrid::AddNonNodePoint(KrRoutingWayPoint* p) {
     if (!nonGridSet.insert(p).second) {
         return 0;
     }
+    ++p->nonGridMarks;
     nonGridNodes.push_back(p);
     IndexNonGridNode(nonGridNodes.size() - 1);
     return 0;
@@ -426,7 +566,8 @@ int KrRoutingGrid::IsNonGridNode(KrRoutingWayPoint* p, bool& result) {
     if (p == nullptr) {
         return 1;
     }
-    result = nonGridSet.count(p) != 0;
+    // Only a point that some grid holds as a non-grid node needs the lookup.
+    result = p->nonGridMarks != 0 && nonGridSet.count(p) != 0;
     return 0;
 }
 

@@ -93,7 +93,17 @@ private:
         std::vector<KrRouteSegment*>* moved;
     };
 
+    // One slot of the lattice index: the lattice indices of a node and its creation index plus
+    // one (0 marks an empty slot).
+    struct LatticeSlot {
+        std::int32_t ix;
+        std::int32_t iy;
+        std::uint64_t node;
+    };
     bool GridNodeMatches(std::size_t index, double x, double y);
+    std::size_t LatticeFind(std::int32_t ix, std::int32_t iy) const;
+    void LatticeInsert(std::int32_t ix, std::int32_t iy, std::size_t index);
+    KrRoutingWayPoint* FindLatticeNode(double x, double y);
     bool NonGridNodeMatches(std::size_t index, double x, double y);
     KrRoutingWayPoint* FindGridNode(double x, double y);
     KrRoutingWayPoint* FindNonGridNode(double x, double y);
@@ -112,7 +122,15 @@ private:
     std::vector<KrRoutingWayPoint*> gridNodes;
     std::vector<KrRoutingWayPoint*> nonGridNodes;
 
-    // Lookup index of gridNodes: cells of (|xSpan| + 2 tol) by (|ySpan| + 2 tol), so every node
+    // While every grid node was created at the lattice of the current spacings (both finite and
+    // at least 1e-3), gridNodes are found through the lattice index: an open-addressing table
+    // from the lattice indices (ix, iy) of a node, whose coordinates are exactly ix * xSpan and
+    // iy * ySpan, to the first node created there. Changing the spacings once nodes exist ends
+    // this for good; the cell index below then takes over.
+    bool latticeIndexed;
+    std::vector<LatticeSlot> lattice;
+    std::size_t latticeCount;
+    // Otherwise, the lookup index of gridNodes: cells of (|xSpan| + 2 tol) by (|ySpan| + 2 tol), so every node
     // within half a spacing of a query lies in the query's cell or a neighbouring one. Nodes whose
     // coordinates do not fit a cell are kept in gridOutliers and tested on every lookup.
     double gridCellX;

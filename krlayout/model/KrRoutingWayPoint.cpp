@@ -57,10 +57,13 @@ void AppendParentSegments(std::vector<KrRouteCADLine*> const& parents, std::vect
 }  // namespace
 
 // The used flag is never changed by any operation; it starts false so that copies are defined.
-KrRoutingWayPoint::KrRoutingWayPoint() : position(), used(false), pointId(), parents(), reserved(0) {}
+KrRoutingWayPoint::KrRoutingWayPoint()
+    : position(), used(false), pointId(), parents(), reserved(0), nonGridMarks(0)
+{
+}
 
 KrRoutingWayPoint::KrRoutingWayPoint(ALPoint const& point)
-    : position(point), used(false), pointId(), parents(), reserved(0)
+    : position(point), used(false), pointId(), parents(), reserved(0), nonGridMarks(0)
 {
 }
 
@@ -69,7 +72,8 @@ KrRoutingWayPoint::KrRoutingWayPoint(KrRoutingWayPoint const& other)
       used(other.used),
       pointId(other.pointId),
       parents(other.parents),
-      reserved(other.reserved)
+      reserved(other.reserved),
+      nonGridMarks(0)
 {
 }
 

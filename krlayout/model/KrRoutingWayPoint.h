@@ -52,9 +52,16 @@ public:
     int AddParentsFromPoint(KrRoutingWayPoint* other);
 
 private:
+    // A grid keeps the count of its non-grid registrations of this point current, so that asking
+    // whether an ordinary lattice node is a non-grid node needs no lookup.
+    friend class KrRoutingGrid;
+
     ALPoint position;
     bool used;
     std::vector<long> pointId;
     std::vector<KrRouteCADLine*> parents;
     std::uint64_t reserved;
+    // How many grids hold this very object as a non-grid node. A copy is a new object that no
+    // grid holds: it starts at 0, and assignment keeps the count of the object assigned to.
+    std::uint32_t nonGridMarks;
 };
