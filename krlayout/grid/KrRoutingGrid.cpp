@@ -50,15 +50,18 @@ bool CellSizeUsable(double size) { return std::isfinite(size) && size > 0.0; }
 // of a query then lies at one of at most four lattice indices per axis.
 bool LatticeSpanUsable(double span) { return std::isfinite(span) && span >= 1.0e-3; }
 
-std::uint64_t LatticeHash(std::int32_t ix, std::int32_t iy) {
-    std::uint64_t h = (static_cast<std::uint64_t>(static_cast<std::uint32_t>(ix)) << 32) |
-                      static_cast<std::uint64_t>(static_cast<std::uint32_t>(iy));
-    h ^= h >> 30;
-    h *= 0xBF58476D1CE4E5B9ULL;
-    h ^= h >> 27;
-    h *= 0x94D049BB133111EBULL;
+std::uint64_t LatticeHash(std::int64_t bx, std::int64_t by) {
+    std::uint64_t h = static_cast<std::uint64_t>(bx) * 0x9E3779B97F4A7C15ULL;
+    h ^= static_cast<std::uint64_t>(by) + 0x7F4A7C159E3779B9ULL + (h << 6) + (h >> 2);
     h ^= h >> 31;
+    h *= 0xBF58476D1CE4E5B9ULL;
+    h ^= h >> 29;
     return h;
+}
+
+// Floor division by a positive block side.
+std::int64_t BlockOf(std::int64_t i, std::int64_t side) {
+    return i >= 0 ? i / side : -((-i + side - 1) / side);
 }
 
 // The lattice indices (ascending, within the int range) that a node within half a spacing of v
@@ -175,7 +178,7 @@ KrRoutingGrid::KrRoutingGrid()
       scale4(0.0),
       sketch(nullptr),
       latticeIndexed(false),
-      latticeCount(0),
+      lastBlock(0),
       gridCellX(2.0 * kTol),
       gridCellY(2.0 * kTol),
       moveDepth(0),
@@ -254,8 +257,9 @@ void KrRoutingGrid::RebuildGridIndex() {
     if (gridNodes.empty()) {
         // Nodes are yet to come, all at the lattice of these spacings.
         latticeIndexed = LatticeSpanUsable(xSpan) && LatticeSpanUsable(ySpan);
-        lattice.clear();
-        latticeCount = 0;
+        latticeBlocks.clear();
+        latticeTable.clear();
+        lastBlock = 0;
         gridCellX = cellX;
         gridCellY = cellY;
         gridIndex.clear();
@@ -267,8 +271,9 @@ void KrRoutingGrid::RebuildGridIndex() {
         // The existing nodes lie on the lattice of the former spacings: from now on they are
         // found through the cell index.
         latticeIndexed = false;
-        std::vector<LatticeSlot>().swap(lattice);
-        latticeCount = 0;
+        std::vector<LatticeBlock>().swap(latticeBlocks);
+        std::vector<std::uint32_t>().swap(latticeTable);
+        lastBlock = 0;
     } else if (cellX == gridCellX && cellY == gridCellY) {
         return;
     }
@@ -281,48 +286,80 @@ void KrRoutingGrid::RebuildGridIndex() {
     }
 }
 
-std::size_t KrRoutingGrid::LatticeFind(std::int32_t ix, std::int32_t iy) const {
-    if (lattice.empty()) {
-        return kNone;
+// The number of the block (bx, by), kNone when there is none and create is false.
+std::size_t KrRoutingGrid::LatticeBlockOf(std::int64_t bx, std::int64_t by, bool create) {
+    if (lastBlock < latticeBlocks.size() && latticeBlocks[lastBlock].bx == bx &&
+        latticeBlocks[lastBlock].by == by) {
+        return lastBlock;
     }
-    std::size_t const mask = lattice.size() - 1;
-    for (std::size_t slot = LatticeHash(ix, iy) & mask;; slot = (slot + 1) & mask) {
-        LatticeSlot const& s = lattice[slot];
-        if (s.node == 0) {
-            return kNone;
-        }
-        if (s.ix == ix && s.iy == iy) {
-            return static_cast<std::size_t>(s.node - 1);
-        }
-    }
-}
-
-// Keeps the first node of a lattice position: a later one at the same indices has the same
-// coordinates, so it matches exactly when the first does, and the first comes earlier.
-void KrRoutingGrid::LatticeInsert(std::int32_t ix, std::int32_t iy, std::size_t index) {
-    if (2 * (latticeCount + 1) > lattice.size()) {
-        std::vector<LatticeSlot> old;
-        old.swap(lattice);
-        lattice.assign(old.empty() ? 64 : 2 * old.size(), LatticeSlot{0, 0, 0});
-        latticeCount = 0;
-        for (LatticeSlot const& s : old) {
-            if (s.node != 0) {
-                LatticeInsert(s.ix, s.iy, static_cast<std::size_t>(s.node - 1));
+    if (!latticeTable.empty()) {
+        std::size_t const mask = latticeTable.size() - 1;
+        for (std::size_t slot = LatticeHash(bx, by) & mask; latticeTable[slot] != 0; slot = (slot + 1) & mask) {
+            std::size_t const b = latticeTable[slot] - 1;
+            if (latticeBlocks[b].bx == bx && latticeBlocks[b].by == by) {
+                lastBlock = b;
+                return b;
             }
         }
     }
-    std::size_t const mask = lattice.size() - 1;
-    for (std::size_t slot = LatticeHash(ix, iy) & mask;; slot = (slot + 1) & mask) {
-        LatticeSlot& s = lattice[slot];
-        if (s.node == 0) {
-            s = LatticeSlot{ix, iy, static_cast<std::uint64_t>(index) + 1};
-            ++latticeCount;
-            return;
-        }
-        if (s.ix == ix && s.iy == iy) {
-            return;
+    if (!create) {
+        return kNone;
+    }
+    if (2 * (latticeBlocks.size() + 1) > latticeTable.size()) {
+        latticeTable.assign(latticeTable.empty() ? 64 : 2 * latticeTable.size(), 0u);
+        std::size_t const mask = latticeTable.size() - 1;
+        for (std::size_t b = 0; b < latticeBlocks.size(); ++b) {
+            std::size_t slot = LatticeHash(latticeBlocks[b].bx, latticeBlocks[b].by) & mask;
+            while (latticeTable[slot] != 0) {
+                slot = (slot + 1) & mask;
+            }
+            latticeTable[slot] = static_cast<std::uint32_t>(b + 1);
         }
     }
+    LatticeBlock block;
+    block.bx = bx;
+    block.by = by;
+    std::fill(std::begin(block.node), std::end(block.node), 0u);
+    latticeBlocks.push_back(block);
+    std::size_t const b = latticeBlocks.size() - 1;
+    std::size_t const mask = latticeTable.size() - 1;
+    std::size_t slot = LatticeHash(bx, by) & mask;
+    while (latticeTable[slot] != 0) {
+        slot = (slot + 1) & mask;
+    }
+    latticeTable[slot] = static_cast<std::uint32_t>(b + 1);
+    lastBlock = b;
+    return b;
+}
+
+std::size_t KrRoutingGrid::LatticeFind(std::int32_t ix, std::int32_t iy) {
+    std::int64_t const bx = BlockOf(ix, kLatticeBlockW);
+    std::int64_t const by = BlockOf(iy, kLatticeBlockH);
+    std::size_t const b = LatticeBlockOf(bx, by, false);
+    if (b == kNone) {
+        return kNone;
+    }
+    std::size_t const cell = static_cast<std::size_t>((iy - by * kLatticeBlockH) * kLatticeBlockW + (ix - bx * kLatticeBlockW));
+    std::uint32_t const node = latticeBlocks[b].node[cell];
+    return node == 0 ? kNone : static_cast<std::size_t>(node) - 1;
+}
+
+// Keeps the first node of a lattice position: a later one at the same indices has the same
+// coordinates, so it matches exactly when the first does, and the first comes earlier. False
+// when the index cannot number the node (the caller then moves to the cell index).
+bool KrRoutingGrid::LatticeInsert(std::int32_t ix, std::int32_t iy, std::size_t index) {
+    if (index >= 0xFFFFFFFEu || latticeBlocks.size() >= 0x7FFFFFFEu) {
+        return false;
+    }
+    std::int64_t const bx = BlockOf(ix, kLatticeBlockW);
+    std::int64_t const by = BlockOf(iy, kLatticeBlockH);
+    std::size_t const b = LatticeBlockOf(bx, by, true);
+    std::size_t const cell = static_cast<std::size_t>((iy - by * kLatticeBlockH) * kLatticeBlockW + (ix - bx * kLatticeBlockW));
+    std::uint32_t& node = latticeBlocks[b].node[cell];
+    if (node == 0) {
+        node = static_cast<std::uint32_t>(index + 1);
+    }
+    return true;
 }
 
 // The first node in creation order that matches (x, y) while the lattice index is in use: the
@@ -519,10 +556,17 @@ int KrRoutingGrid::GetGridNode(double x, double y, KrRoutingWayPoint*& node) {
         found = new KrRoutingWayPoint();
         found->SetGridCoord(static_cast<double>(ix) * xSpan, static_cast<double>(iy) * ySpan);
         gridNodes.push_back(found);
-        if (latticeIndexed) {
-            LatticeInsert(ix, iy, gridNodes.size() - 1);
-        } else {
+        if (!latticeIndexed) {
             IndexGridNode(gridNodes.size() - 1);
+        } else if (!LatticeInsert(ix, iy, gridNodes.size() - 1)) {
+            // Too many nodes to number in the lattice blocks: every node goes to the cell index.
+            latticeIndexed = false;
+            std::vector<LatticeBlock>().swap(latticeBlocks);
+            std::vector<std::uint32_t>().swap(latticeTable);
+            lastBlock = 0;
+            for (std::size_t i = 0; i < gridNodes.size(); ++i) {
+                IndexGridNode(i);
+            }
         }
     }
     node = found;

@@ -93,16 +93,20 @@ private:
         std::vector<KrRouteSegment*>* moved;
     };
 
-    // One slot of the lattice index: the lattice indices of a node and its creation index plus
-    // one (0 marks an empty slot).
-    struct LatticeSlot {
-        std::int32_t ix;
-        std::int32_t iy;
-        std::uint64_t node;
+    // A block of the lattice index: kLatticeBlockW x kLatticeBlockH lattice positions starting
+    // at lattice indices (bx * W, by * H), each with the creation index plus one of the first
+    // node made there (0: none yet). Blocks keep the nodes of a line together in memory.
+    static constexpr int kLatticeBlockW = 8;
+    static constexpr int kLatticeBlockH = 4;
+    struct LatticeBlock {
+        std::int64_t bx;
+        std::int64_t by;
+        std::uint32_t node[kLatticeBlockW * kLatticeBlockH];
     };
     bool GridNodeMatches(std::size_t index, double x, double y);
-    std::size_t LatticeFind(std::int32_t ix, std::int32_t iy) const;
-    void LatticeInsert(std::int32_t ix, std::int32_t iy, std::size_t index);
+    std::size_t LatticeBlockOf(std::int64_t bx, std::int64_t by, bool create);
+    std::size_t LatticeFind(std::int32_t ix, std::int32_t iy);
+    bool LatticeInsert(std::int32_t ix, std::int32_t iy, std::size_t index);
     KrRoutingWayPoint* FindLatticeNode(double x, double y);
     bool NonGridNodeMatches(std::size_t index, double x, double y);
     KrRoutingWayPoint* FindGridNode(double x, double y);
@@ -123,13 +127,15 @@ private:
     std::vector<KrRoutingWayPoint*> nonGridNodes;
 
     // While every grid node was created at the lattice of the current spacings (both finite and
-    // at least 1e-3), gridNodes are found through the lattice index: an open-addressing table
-    // from the lattice indices (ix, iy) of a node, whose coordinates are exactly ix * xSpan and
-    // iy * ySpan, to the first node created there. Changing the spacings once nodes exist ends
-    // this for good; the cell index below then takes over.
+    // at least 1e-3), gridNodes are found through the lattice index: blocks of lattice positions,
+    // whose nodes have coordinates exactly ix * xSpan and iy * ySpan, found through an
+    // open-addressing table of block numbers plus one (latticeTable) keyed by the block's indices;
+    // the block asked last is remembered. Changing the spacings once nodes exist ends this for
+    // good (as do more than 2^32 - 2 nodes); the cell index below then takes over.
     bool latticeIndexed;
-    std::vector<LatticeSlot> lattice;
-    std::size_t latticeCount;
+    std::vector<LatticeBlock> latticeBlocks;
+    std::vector<std::uint32_t> latticeTable;
+    std::size_t lastBlock;
     // Otherwise, the lookup index of gridNodes: cells of (|xSpan| + 2 tol) by (|ySpan| + 2 tol), so every node
     // within half a spacing of a query lies in the query's cell or a neighbouring one. Nodes whose
     // coordinates do not fit a cell are kept in gridOutliers and tested on every lookup.

@@ -110,9 +110,6 @@ void KrSegmentIndex::Unlink(std::size_t place) {
             *pos = list.back();
             list.pop_back();
         }
-        if (list.empty()) {
-            cells.erase(it);
-        }
     }
     e.keys.clear();
     if (e.always) {
@@ -130,7 +127,9 @@ void KrSegmentIndex::Unlink(std::size_t place) {
     e.linked = false;
 }
 
-void KrSegmentIndex::Link(std::size_t place) {
+// Reads the ends and the cells of the lines of the segment at place (keys sorted, each once);
+// fits is false when its geometry does not fit the cells. Widens the vertical extent.
+void KrSegmentIndex::Read(std::size_t place, std::vector<Key>& keys, bool& fits) {
     KrRouteSegment* seg = store[place];
     Entry& entry = entries[place];
     bool degenerated = false;
@@ -140,11 +139,11 @@ void KrSegmentIndex::Link(std::size_t place) {
     if (entry.twoEnds) {
         SegmentEnds(seg, entry.e0, entry.e1);
     }
-    std::vector<KrRouteCADLine*> lines;
-    seg->GetAllCADLine(lines);
-    std::vector<Key> keys;
-    bool fits = true;
-    for (KrRouteCADLine* line : lines) {
+    lineScratch.clear();
+    seg->GetAllCADLine(lineScratch);
+    keys.clear();
+    fits = true;
+    for (KrRouteCADLine* line : lineScratch) {
         KrRoutingWayPoint* s = nullptr;
         KrRoutingWayPoint* t = nullptr;
         if (line == nullptr) {
@@ -183,6 +182,18 @@ void KrSegmentIndex::Link(std::size_t place) {
             fits = false;
         }
     }
+    if (!fits) {
+        keys.clear();
+        return;
+    }
+    std::sort(keys.begin(), keys.end(),
+              [](Key const& a, Key const& b) { return a.cx < b.cx || (a.cx == b.cx && a.cy < b.cy); });
+    keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+}
+
+// Files the (unlinked) entry at place in the cells of keys, or among the entries of every query.
+void KrSegmentIndex::Attach(std::size_t place, std::vector<Key>& keys, bool fits) {
+    Entry& entry = entries[place];
     entry.linked = true;
     entry.linkedPos = linkedPlaces.size();
     linkedPlaces.push_back(place);
@@ -191,13 +202,10 @@ void KrSegmentIndex::Link(std::size_t place) {
         always.push_back(place);
         return;
     }
-    std::sort(keys.begin(), keys.end(),
-              [](Key const& a, Key const& b) { return a.cx < b.cx || (a.cx == b.cx && a.cy < b.cy); });
-    keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
     for (Key const& k : keys) {
         cells[k].push_back(place);
     }
-    entry.keys = std::move(keys);
+    entry.keys.swap(keys);
 }
 
 void KrSegmentIndex::Refresh(KrRouteSegment* seg) {
@@ -213,10 +221,21 @@ void KrSegmentIndex::Refresh(KrRouteSegment* seg) {
         }
         return;
     }
-    Unlink(found->second);
-    if (handled) {
-        Link(found->second);
+    std::size_t const place = found->second;
+    if (!handled) {
+        Unlink(place);
+        return;
     }
+    bool fits = true;
+    Read(place, keyScratch, fits);
+    Entry const& entry = entries[place];
+    // A move of a spacing or two seldom leaves a cell: an entry whose cells stay the same stays
+    // filed where it is (the cell lists are unordered; queries sort what they find).
+    if (entry.linked && !entry.always && fits && entry.keys == keyScratch) {
+        return;
+    }
+    Unlink(place);
+    Attach(place, keyScratch, fits);
 }
 
 void KrSegmentIndex::RefreshAt(KrRoutingWayPoint* p) {

@@ -84,7 +84,8 @@ private:
 
     bool Range(double x0, double y0, double x1, double y1, std::int64_t limit, Key& lo, Key& hi) const;
     void Unlink(std::size_t place);
-    void Link(std::size_t place);
+    void Read(std::size_t place, std::vector<Key>& keys, bool& fits);
+    void Attach(std::size_t place, std::vector<Key>& keys, bool fits);
 
     double cell;
     bool usable;
@@ -96,6 +97,9 @@ private:
     std::vector<std::size_t> linkedPlaces;
     std::size_t stamp;
     std::vector<KrRouteSegment*> dirty;
+    // Scratch of Read.
+    std::vector<KrRouteCADLine*> lineScratch;
+    std::vector<Key> keyScratch;
     std::unordered_set<KrRouteSegment*> dirtySet;
     bool hasY;
     double yMin;

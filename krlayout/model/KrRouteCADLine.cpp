@@ -7,6 +7,15 @@
 #include <krlayout/model/KrRoutingWayPoint.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <functional>
+
+namespace {
+
+// Lines up to this many points add their moved points one by one.
+constexpr std::size_t kShortLine = 16;
+
+}  // namespace
 
 KrRouteCADLine::KrRouteCADLine() : parentSegment(nullptr), points(), id(-1, -1) {}
 
@@ -313,8 +322,27 @@ int KrRouteCADLine::Move(KrRoutingGrid* grid, double dx, double dy, std::vector<
     }
 
     points.clear();
+    // AddPoint searches the points added so far: quadratic on a long line. The shifted points of
+    // a line are nearly always distinct; a sorted copy tells, and then all go in directly, in the
+    // same order and with the same parents as through AddPoint.
+    bool distinct = targets.size() > kShortLine;
+    if (distinct) {
+        std::vector<KrRoutingWayPoint*> sorted = targets;
+        std::sort(sorted.begin(), sorted.end(), std::less<KrRoutingWayPoint*>());
+        // A null point (AddPoint skips it) sorts first.
+        distinct = sorted.front() != nullptr &&
+                   std::adjacent_find(sorted.begin(), sorted.end()) == sorted.end();
+    }
+    if (!distinct) {
+        for (KrRoutingWayPoint* q : targets) {
+            AddPoint(q);
+        }
+        return 0;
+    }
+    points.reserve(targets.size());
     for (KrRoutingWayPoint* q : targets) {
-        AddPoint(q);
+        points.push_back(q);
+        q->AddParent(this);
     }
     return 0;
 }
