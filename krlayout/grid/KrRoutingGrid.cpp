@@ -10,6 +10,7 @@
 #include <krlayout/sketch/KrSketch.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
 
@@ -125,7 +126,10 @@ bool ShareEnd(KrRouteSegment* a, KrRouteSegment* b) {
 
 // Some CAD line (with two points or more) of seg properly intersects the segment target[0..3].
 bool CrossesSegment(KrRouteSegment* seg, double const* target) {
-    std::vector<KrRouteCADLine*> lines;
+    // Asked for every candidate of every shifted line: the list of lines is read into a buffer
+    // kept per thread rather than into a new vector each time. Nothing below calls back here.
+    thread_local std::vector<KrRouteCADLine*> lines;
+    lines.clear();
     seg->GetAllCADLine(lines);
     for (KrRouteCADLine* line : lines) {
         if (line == nullptr) {
@@ -184,7 +188,8 @@ KrRoutingGrid::KrRoutingGrid()
       moveDepth(0),
       segmentIndex(nullptr),
       movedOf(nullptr),
-      movedSeen(0) {}
+      movedSeen(0),
+      movedBatch(0) {}
 
 KrRoutingGrid::KrRoutingGrid(KrRoutingGrid const& other) = default;
 
@@ -520,9 +525,28 @@ KrRoutingWayPoint* KrRoutingGrid::FindNonGridNode(double x, double y) {
             break;
         }
     }
-    for (std::int64_t ox = -1; ox <= 1; ++ox) {
-        for (std::int64_t oy = -1; oy <= 1; ++oy) {
-            auto const it = nonGridIndex.find(CellKey{key.cx + ox, key.cy + oy});
+    // A match lies within the tolerance of (x, y) on each axis: only the cells that this interval
+    // touches can hold one, one or two per axis instead of three. The widening covers the rounding
+    // of the bounds far from the origin.
+    std::int64_t loX = key.cx - 1;
+    std::int64_t hiX = key.cx + 1;
+    std::int64_t loY = key.cy - 1;
+    std::int64_t hiY = key.cy + 1;
+    double const reachX = kTol * (1.0 + 1e-6) + 1e-12 * std::fabs(x);
+    double const reachY = kTol * (1.0 + 1e-6) + 1e-12 * std::fabs(y);
+    std::int64_t c0 = 0;
+    std::int64_t c1 = 0;
+    if (CellOf(x - reachX, kNonGridCell, c0) && CellOf(x + reachX, kNonGridCell, c1)) {
+        loX = std::max(loX, c0);
+        hiX = std::min(hiX, c1);
+    }
+    if (CellOf(y - reachY, kNonGridCell, c0) && CellOf(y + reachY, kNonGridCell, c1)) {
+        loY = std::max(loY, c0);
+        hiY = std::min(hiY, c1);
+    }
+    for (std::int64_t cx = loX; cx <= hiX; ++cx) {
+        for (std::int64_t cy = loY; cy <= hiY; ++cy) {
+            auto const it = nonGridIndex.find(CellKey{cx, cy});
             if (it == nonGridIndex.end()) {
                 continue;
             }
@@ -994,9 +1018,10 @@ int KrRoutingGrid::MoveCrossSegment(KrRouteCADLine* line, double dx, double dy,
     std::unordered_set<KrRouteSegment*> movedBefore;
     if (indexed) {
         if (movedOf != &moved || moved.size() < movedSeen) {
+            static std::atomic<std::uint64_t> batches{0};
             movedOf = &moved;
             movedSeen = 0;
-            movedSet.clear();
+            movedBatch = ++batches;
         }
     } else {
         movedBefore.insert(moved.begin(), moved.end());
@@ -1005,9 +1030,11 @@ int KrRoutingGrid::MoveCrossSegment(KrRouteCADLine* line, double dx, double dy,
     auto isMoved = [&](KrRouteSegment* seg) {
         if (indexed) {
             for (; movedSeen < moved.size(); ++movedSeen) {
-                movedSet.insert(moved[movedSeen]);
+                if (moved[movedSeen] != nullptr) {
+                    moved[movedSeen]->moveMark.batch = movedBatch;
+                }
             }
-            return movedSet.count(seg) != 0;
+            return seg->moveMark.batch == movedBatch;
         }
         return movedBefore.count(seg) != 0 ||
                std::find(moved.begin() + static_cast<std::ptrdiff_t>(movedStart), moved.end(),

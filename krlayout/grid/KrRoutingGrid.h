@@ -154,9 +154,13 @@ private:
     // (null outside LayOut): the cross-segment moves take their candidates from it.
     KrSegmentIndex* segmentIndex;
     // Membership of the list of moved segments of the current batch of moves (with the index
-    // only): the list only grows during a batch, so its entries are added as they appear instead
+    // only): the list only grows during a batch, so its entries are marked as they appear instead
     // of being collected anew by every call. The layout starts a new batch with movedOf null.
     std::vector<KrRouteSegment*> const* movedOf;
     std::size_t movedSeen;
-    std::unordered_set<KrRouteSegment*> movedSet;
+    // The number of the current batch: its listed segments carry it as their move mark. Numbers
+    // come from one counter for all grids, so a mark never matches another batch. A segment takes
+    // part in one batch at a time (the batches of one grid follow each other, and a segment is
+    // laid out on one grid at a time).
+    std::uint64_t movedBatch;
 };

@@ -5,6 +5,7 @@
 #include <krlayout/model/e_AngleArea.h>
 
 #include <utility>
+#include <cstdint>
 #include <vector>
 
 class IPriority;
@@ -106,4 +107,16 @@ private:
     e_AngleArea type;
     bool degenerated;
     int row;
+
+    // The grid marks each segment it lists as moved in a batch of moves with the batch's number,
+    // so that asking whether a segment was moved in this batch needs no lookup. The mark belongs
+    // to this object: a copy starts unmarked and assignment keeps the mark.
+    friend class KrRoutingGrid;
+    struct MoveMark {
+        std::uint64_t batch = 0;
+        MoveMark() = default;
+        MoveMark(MoveMark const&) {}
+        MoveMark& operator=(MoveMark const&) { return *this; }
+    };
+    MoveMark moveMark;
 };
