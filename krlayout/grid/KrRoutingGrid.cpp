@@ -196,19 +196,20 @@ KrRoutingGrid::KrRoutingGrid(KrRoutingGrid const& other) = default;
 KrRoutingGrid& KrRoutingGrid::operator=(KrRoutingGrid const& other) = default;
 
 KrRoutingGrid::~KrRoutingGrid() {
-    // A caller may have registered a grid node as a non-grid node too: delete it once.
-    std::unordered_set<KrRoutingWayPoint*> deleted;
+    // A caller may have registered a grid node as a non-grid node too: it is deleted once, with
+    // the non-grid nodes. Each list holds a point at most once (grid nodes are made new, non-grid
+    // registrations go through nonGridSet), and only a point some grid holds as a non-grid node
+    // needs the lookup.
     for (KrRoutingWayPoint* p : gridNodes) {
-        if (deleted.insert(p).second) {
-            delete p;
+        if (p->nonGridMarks != 0 && nonGridSet.count(p) != 0) {
+            continue;
         }
+        delete p;
     }
     gridNodes.clear();
     gridNodes.shrink_to_fit();
     for (KrRoutingWayPoint* p : nonGridNodes) {
-        if (deleted.insert(p).second) {
-            delete p;
-        }
+        delete p;
     }
     nonGridNodes.clear();
     nonGridNodes.shrink_to_fit();
