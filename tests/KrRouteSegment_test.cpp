@@ -797,6 +797,18 @@ int RecursiveTail(KrRouteSegment* seg, KrRoutingWayPoint* p, Segs& out, Segs& pa
     return 0;
 }
 
+// The walk against the rule from every point of the route, for every segment.
+void ExpectTailFollowsTheRuleEverywhere(Route& r, int round) {
+    for (KrRouteSegment* s : r.segments) {
+        for (KrRoutingWayPoint* p : r.points) {
+            Segs expected, got, path;
+            int const want = RecursiveTail(s, p, expected, path);
+            ASSERT_EQ(s->GetTailHandledSegment(p, got), want) << "round " << round;
+            ASSERT_EQ(got, expected) << "round " << round;
+        }
+    }
+}
+
 TEST(KrRouteSegment, TailHandledMatchesTheRecursiveRuleOnRandomRoutes) {
     std::mt19937 rng(20240611u);
     for (int round = 0; round < 300; ++round) {
@@ -817,13 +829,9 @@ TEST(KrRouteSegment, TailHandledMatchesTheRecursiveRuleOnRandomRoutes) {
                 s->RemovePoint(b);  // a placed segment with one end makes the walk fail
             }
         }
-        for (KrRouteSegment* s : r.segments) {
-            for (KrRoutingWayPoint* p : r.points) {
-                Segs expected, got, path;
-                int const want = RecursiveTail(s, p, expected, path);
-                ASSERT_EQ(s->GetTailHandledSegment(p, got), want) << "round " << round;
-                ASSERT_EQ(got, expected) << "round " << round;
-            }
+        ExpectTailFollowsTheRuleEverywhere(r, round);
+        if (::testing::Test::HasFatalFailure()) {
+            return;
         }
     }
 }
@@ -852,13 +860,9 @@ TEST(KrRouteSegment, TailHandledMatchesTheRecursiveRuleWhereLinesRunThroughOther
             }
             r.Segment(k, chain, rng() % 5 != 0);
         }
-        for (KrRouteSegment* s : r.segments) {
-            for (KrRoutingWayPoint* p : r.points) {
-                Segs expected, got, path;
-                int const want = RecursiveTail(s, p, expected, path);
-                ASSERT_EQ(s->GetTailHandledSegment(p, got), want) << "round " << round;
-                ASSERT_EQ(got, expected) << "round " << round;
-            }
+        ExpectTailFollowsTheRuleEverywhere(r, round);
+        if (::testing::Test::HasFatalFailure()) {
+            return;
         }
     }
 }

@@ -36,6 +36,49 @@ std::vector<KrRoutingWayPoint*> Nodes(KrRoutingGrid& grid) {
     return out;
 }
 
+// Random lookups around half-spacing ties, on both sides of the origin (negative lattice indices)
+// and across many index blocks, against a scan of the nodes in creation order: roundsPerSpan
+// lookups at each of the spacings in turn (changed with SetGridSpan, nodes kept).
+void ExpectLookupsAgreeWithAScan(std::vector<std::pair<double, double>> const& spans,
+                                 int roundsPerSpan, unsigned seed) {
+    KrRoutingGrid grid;
+    std::mt19937 rng(seed);
+    std::uniform_int_distribution<int> half(-70, 70);
+    double const jitter[] = {-2e-5, -1.1e-5, -9e-6, -5e-6, 0.0, 5e-6, 9e-6, 1.1e-5, 2e-5};
+    std::uniform_int_distribution<int> pick(0, 8);
+    for (std::size_t k = 0; k < spans.size(); ++k) {
+        double const xs = spans[k].first;
+        double const ys = spans[k].second;
+        if (k == 0) {
+            grid.CreateGrids(xs, ys, 0, 0, 0, 0);
+        } else {
+            grid.SetGridSpan(xs, ys);
+        }
+        for (int round = 0; round < roundsPerSpan; ++round) {
+            double const x = half(rng) * xs * 0.5 + jitter[pick(rng)];
+            double const y = half(rng) * ys * 0.5 + jitter[pick(rng)];
+            std::vector<KrRoutingWayPoint*> before = Nodes(grid);
+            KrRoutingWayPoint* expected = nullptr;
+            for (KrRoutingWayPoint* node : before) {
+                auto const g = At(node);
+                if (KrGeoUtility::LessEqualThan(std::fabs(x - g.first), xs * 0.5, GEO_TOLERANCE) &&
+                    KrGeoUtility::LessEqualThan(std::fabs(y - g.second), ys * 0.5, GEO_TOLERANCE)) {
+                    expected = node;
+                    break;
+                }
+            }
+            KrRoutingWayPoint* got = nullptr;
+            grid.GetGridNode(x, y, got);
+            if (expected != nullptr) {
+                ASSERT_EQ(got, expected) << "spacing " << xs << " round " << round << " at " << x << ", " << y;
+            } else {
+                ASSERT_EQ(std::find(before.begin(), before.end(), got), before.end());
+                ASSERT_EQ(Nodes(grid).size(), before.size() + 1);
+            }
+        }
+    }
+}
+
 }  // namespace
 
 TEST(KrRoutingGrid, DefaultGridHasZeroSpacingNoNodesAndNoSketch) {
@@ -447,46 +490,9 @@ TEST(KrRoutingGrid, NaNSpacingLookupsDoNotCrash) {
 
 // The index must answer exactly as a scan of the nodes in creation order, also for points
 // right on the edge of a window and after the spacing changed under existing nodes.
+// Nodes made at one spacing are found from the next ones (windows of the new half spacing).
 TEST(KrRoutingGrid, IndexedLookupAgreesWithAScanInCreationOrder) {
-    KrRoutingGrid grid;
-    double xs = 0.7;
-    double ys = 0.3;
-    grid.CreateGrids(xs, ys, 0, 0, 0, 0);
-    std::mt19937 rng(12345);
-    std::uniform_int_distribution<int> half(-40, 40);
-    double const jitter[] = {-2e-5, -1e-5, -5e-6, 0.0, 5e-6, 1e-5, 2e-5};
-    std::uniform_int_distribution<int> pick(0, 6);
-    for (int round = 0; round < 3000; ++round) {
-        if (round == 1000) {
-            xs = 1.1;
-            ys = 0.45;
-            grid.SetGridSpan(xs, ys);
-        } else if (round == 2000) {
-            xs = 0.35;
-            ys = 0.9;
-            grid.SetGridSpan(xs, ys);
-        }
-        double const x = half(rng) * xs * 0.5 + jitter[pick(rng)];
-        double const y = half(rng) * ys * 0.5 + jitter[pick(rng)];
-        std::vector<KrRoutingWayPoint*> before = Nodes(grid);
-        KrRoutingWayPoint* expected = nullptr;
-        for (KrRoutingWayPoint* node : before) {
-            auto const g = At(node);
-            if (KrGeoUtility::LessEqualThan(std::fabs(x - g.first), xs * 0.5, GEO_TOLERANCE) &&
-                KrGeoUtility::LessEqualThan(std::fabs(y - g.second), ys * 0.5, GEO_TOLERANCE)) {
-                expected = node;
-                break;
-            }
-        }
-        KrRoutingWayPoint* got = nullptr;
-        grid.GetGridNode(x, y, got);
-        if (expected != nullptr) {
-            ASSERT_EQ(got, expected) << "round " << round << " at " << x << ", " << y;
-        } else {
-            ASSERT_EQ(std::find(before.begin(), before.end(), got), before.end());
-            ASSERT_EQ(Nodes(grid).size(), before.size() + 1);
-        }
-    }
+    ExpectLookupsAgreeWithAScan({{0.7, 0.3}, {1.1, 0.45}, {0.35, 0.9}}, 1000, 12345);
 }
 
 TEST(KrRoutingGrid, IndexedNonGridLookupAgreesWithAScanInInsertionOrder) {
@@ -554,50 +560,14 @@ TEST(KrRoutingGrid, HundredThousandNodesAreEachFoundAgain) {
     EXPECT_EQ(Nodes(grid).size(), 100600u);
 }
 
-namespace {
-
-// Random lookups around half-spacing ties, on both sides of the origin (negative lattice indices)
-// and across many index blocks, against a scan of the nodes in creation order.
-void ExpectLookupsAgreeWithAScan(double xs, double ys, unsigned seed) {
-    KrRoutingGrid grid;
-    grid.CreateGrids(xs, ys, 0, 0, 0, 0);
-    std::mt19937 rng(seed);
-    std::uniform_int_distribution<int> half(-70, 70);
-    double const jitter[] = {-2e-5, -1.1e-5, -9e-6, 0.0, 9e-6, 1.1e-5, 2e-5};
-    std::uniform_int_distribution<int> pick(0, 6);
-    for (int round = 0; round < 3000; ++round) {
-        double const x = half(rng) * xs * 0.5 + jitter[pick(rng)];
-        double const y = half(rng) * ys * 0.5 + jitter[pick(rng)];
-        std::vector<KrRoutingWayPoint*> before = Nodes(grid);
-        KrRoutingWayPoint* expected = nullptr;
-        for (KrRoutingWayPoint* node : before) {
-            auto const g = At(node);
-            if (KrGeoUtility::LessEqualThan(std::fabs(x - g.first), xs * 0.5, GEO_TOLERANCE) &&
-                KrGeoUtility::LessEqualThan(std::fabs(y - g.second), ys * 0.5, GEO_TOLERANCE)) {
-                expected = node;
-                break;
-            }
-        }
-        KrRoutingWayPoint* got = nullptr;
-        grid.GetGridNode(x, y, got);
-        if (expected != nullptr) {
-            ASSERT_EQ(got, expected) << "spacing " << xs << " round " << round << " at " << x << ", " << y;
-        } else {
-            ASSERT_EQ(std::find(before.begin(), before.end(), got), before.end());
-            ASSERT_EQ(Nodes(grid).size(), before.size() + 1);
-        }
-    }
-}
-
-}  // namespace
 
 // The grid's usual spacings (lattice index) and ones below 1e-3, where the tolerance reaches
 // past the neighbouring nodes (cell index): both answer as the scan does.
 TEST(KrRoutingGrid, LookupsOnAFixedLatticeAgreeWithAScanOnBothSidesOfTheOrigin) {
-    ExpectLookupsAgreeWithAScan(0.02, 0.02, 1);
-    ExpectLookupsAgreeWithAScan(0.05, 0.013, 2);
-    ExpectLookupsAgreeWithAScan(1.0, 3.0, 3);
-    ExpectLookupsAgreeWithAScan(5e-4, 2e-5, 4);
+    ExpectLookupsAgreeWithAScan({{0.02, 0.02}}, 3000, 1);
+    ExpectLookupsAgreeWithAScan({{0.05, 0.013}}, 3000, 2);
+    ExpectLookupsAgreeWithAScan({{1.0, 3.0}}, 3000, 3);
+    ExpectLookupsAgreeWithAScan({{5e-4, 2e-5}}, 3000, 4);
 }
 
 // Worked by hand: on a 0.02 grid the nodes at x = 0 and x = 0.02 both lie half a spacing from

@@ -30,23 +30,18 @@ struct Store {
     KrRouteSegment* Add(long id, double x0, double y0, double x1, double y1, bool placed) {
         owned.emplace_back(new KrRouteSegment(id, std::hypot(x1 - x0, y1 - y0), 1.0));
         KrRouteSegment* s = owned.back().get();
-        KrRouteCADLine* line = nullptr;
-        s->CreateCADLine(line);
-        KrRoutingWayPoint* a = Point(x0, y0);
-        KrRoutingWayPoint* b = Point(x1, y1);
-        line->AddPoint(a);
-        line->AddPoint(b);
-        s->AddPoint(a);
-        s->AddPoint(b);
+        Line(s, x0, y0, x1, y1);
         s->SetRedefine(placed);
         segments.push_back(s);
         return s;
     }
     // Replaces the line's points by new ones at (x0, y0)-(x1, y1), as a move does.
     void MoveTo(KrRouteSegment* s, double x0, double y0, double x1, double y1) {
-        std::vector<KrRouteCADLine*> lines;
-        s->GetAllCADLine(lines);
         s->ClearLines();
+        Line(s, x0, y0, x1, y1);
+    }
+    // A new line of s from a new point at (x0, y0) to one at (x1, y1), both ends of s.
+    void Line(KrRouteSegment* s, double x0, double y0, double x1, double y1) {
         KrRouteCADLine* line = nullptr;
         s->CreateCADLine(line);
         KrRoutingWayPoint* a = Point(x0, y0);

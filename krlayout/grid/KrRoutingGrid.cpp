@@ -94,6 +94,56 @@ bool CellOf(double v, double size, std::int64_t& cell) {
     return true;
 }
 
+// The cells a match of (x, y), lying within reach of it on each axis, can be in: those that the
+// box [x -+ reachX] x [y -+ reachY] touches, never more than the query's own cell (cx, cy) and its
+// neighbours (which is also what is left on an axis where the box does not fit the cells).
+struct CellWindow {
+    std::int64_t loX;
+    std::int64_t hiX;
+    std::int64_t loY;
+    std::int64_t hiY;
+};
+
+CellWindow WindowOf(double x, double y, double reachX, double reachY, double sizeX, double sizeY,
+                    std::int64_t cx, std::int64_t cy) {
+    CellWindow w{cx - 1, cx + 1, cy - 1, cy + 1};
+    std::int64_t c0 = 0;
+    std::int64_t c1 = 0;
+    if (CellOf(x - reachX, sizeX, c0) && CellOf(x + reachX, sizeX, c1)) {
+        w.loX = std::max(w.loX, c0);
+        w.hiX = std::min(w.hiX, c1);
+    }
+    if (CellOf(y - reachY, sizeY, c0) && CellOf(y + reachY, sizeY, c1)) {
+        w.loY = std::max(w.loY, c0);
+        w.hiY = std::min(w.hiY, c1);
+    }
+    return w;
+}
+
+// The smallest index below best that the cells of the window hold and that matches; best when
+// there is none. The cells list their indices in ascending order.
+template <class Index, class Matches>
+std::size_t FirstInCells(Index const& index, CellWindow const& w, std::size_t best, Matches matches) {
+    for (std::int64_t cx = w.loX; cx <= w.hiX; ++cx) {
+        for (std::int64_t cy = w.loY; cy <= w.hiY; ++cy) {
+            auto const it = index.find({cx, cy});
+            if (it == index.end()) {
+                continue;
+            }
+            for (std::size_t i : it->second) {
+                if (i >= best) {
+                    break;
+                }
+                if (matches(i)) {
+                    best = i;
+                    break;
+                }
+            }
+        }
+    }
+    return best;
+}
+
 bool SameXY(KrRoutingWayPoint* a, KrRoutingWayPoint* b) {
     bool same = false;
     a->IsSamePoint(b, same);
@@ -311,31 +361,32 @@ std::size_t KrRoutingGrid::LatticeBlockOf(std::int64_t bx, std::int64_t by, bool
     if (!create) {
         return kNone;
     }
-    if (2 * (latticeBlocks.size() + 1) > latticeTable.size()) {
-        latticeTable.assign(latticeTable.empty() ? 64 : 2 * latticeTable.size(), 0u);
-        std::size_t const mask = latticeTable.size() - 1;
-        for (std::size_t b = 0; b < latticeBlocks.size(); ++b) {
-            std::size_t slot = LatticeHash(latticeBlocks[b].bx, latticeBlocks[b].by) & mask;
-            while (latticeTable[slot] != 0) {
-                slot = (slot + 1) & mask;
-            }
-            latticeTable[slot] = static_cast<std::uint32_t>(b + 1);
-        }
-    }
     LatticeBlock block;
     block.bx = bx;
     block.by = by;
     std::fill(std::begin(block.node), std::end(block.node), 0u);
     latticeBlocks.push_back(block);
-    std::size_t const b = latticeBlocks.size() - 1;
+    if (2 * latticeBlocks.size() > latticeTable.size()) {
+        // Twice the size, every block filed anew (the new one with them).
+        latticeTable.assign(latticeTable.empty() ? 64 : 2 * latticeTable.size(), 0u);
+        for (std::size_t b = 0; b < latticeBlocks.size(); ++b) {
+            FileLatticeBlock(b);
+        }
+    } else {
+        FileLatticeBlock(latticeBlocks.size() - 1);
+    }
+    lastBlock = latticeBlocks.size() - 1;
+    return lastBlock;
+}
+
+// Files block b in the first free slot of the table from its hash on.
+void KrRoutingGrid::FileLatticeBlock(std::size_t b) {
     std::size_t const mask = latticeTable.size() - 1;
-    std::size_t slot = LatticeHash(bx, by) & mask;
+    std::size_t slot = LatticeHash(latticeBlocks[b].bx, latticeBlocks[b].by) & mask;
     while (latticeTable[slot] != 0) {
         slot = (slot + 1) & mask;
     }
     latticeTable[slot] = static_cast<std::uint32_t>(b + 1);
-    lastBlock = b;
-    return b;
 }
 
 std::size_t KrRoutingGrid::LatticeFind(std::int32_t ix, std::int32_t iy) {
@@ -472,39 +523,10 @@ KrRoutingWayPoint* KrRoutingGrid::FindGridNode(double x, double y) {
     // A match lies within half a spacing (plus the tolerance) of (x, y) on each axis: only the
     // cells that this interval touches can hold one, usually two per axis instead of three. The
     // widening covers the tolerance and the rounding of the bounds far from the origin.
-    std::int64_t loX = key.cx - 1;
-    std::int64_t hiX = key.cx + 1;
-    std::int64_t loY = key.cy - 1;
-    std::int64_t hiY = key.cy + 1;
     double const reachX = 0.5 * std::fabs(xSpan) + 2.0 * kTol + 1e-9 * (std::fabs(x) + std::fabs(xSpan));
     double const reachY = 0.5 * std::fabs(ySpan) + 2.0 * kTol + 1e-9 * (std::fabs(y) + std::fabs(ySpan));
-    std::int64_t c0 = 0;
-    std::int64_t c1 = 0;
-    if (CellOf(x - reachX, gridCellX, c0) && CellOf(x + reachX, gridCellX, c1)) {
-        loX = std::max(loX, c0);
-        hiX = std::min(hiX, c1);
-    }
-    if (CellOf(y - reachY, gridCellY, c0) && CellOf(y + reachY, gridCellY, c1)) {
-        loY = std::max(loY, c0);
-        hiY = std::min(hiY, c1);
-    }
-    for (std::int64_t cx = loX; cx <= hiX; ++cx) {
-        for (std::int64_t cy = loY; cy <= hiY; ++cy) {
-            auto const it = gridIndex.find(CellKey{cx, cy});
-            if (it == gridIndex.end()) {
-                continue;
-            }
-            for (std::size_t i : it->second) {  // ascending
-                if (i >= best) {
-                    break;
-                }
-                if (GridNodeMatches(i, x, y)) {
-                    best = i;
-                    break;
-                }
-            }
-        }
-    }
+    CellWindow const w = WindowOf(x, y, reachX, reachY, gridCellX, gridCellY, key.cx, key.cy);
+    best = FirstInCells(gridIndex, w, best, [&](std::size_t i) { return GridNodeMatches(i, x, y); });
     return best == kNone ? nullptr : gridNodes[best];
 }
 
@@ -529,39 +551,10 @@ KrRoutingWayPoint* KrRoutingGrid::FindNonGridNode(double x, double y) {
     // A match lies within the tolerance of (x, y) on each axis: only the cells that this interval
     // touches can hold one, one or two per axis instead of three. The widening covers the rounding
     // of the bounds far from the origin.
-    std::int64_t loX = key.cx - 1;
-    std::int64_t hiX = key.cx + 1;
-    std::int64_t loY = key.cy - 1;
-    std::int64_t hiY = key.cy + 1;
     double const reachX = kTol * (1.0 + 1e-6) + 1e-12 * std::fabs(x);
     double const reachY = kTol * (1.0 + 1e-6) + 1e-12 * std::fabs(y);
-    std::int64_t c0 = 0;
-    std::int64_t c1 = 0;
-    if (CellOf(x - reachX, kNonGridCell, c0) && CellOf(x + reachX, kNonGridCell, c1)) {
-        loX = std::max(loX, c0);
-        hiX = std::min(hiX, c1);
-    }
-    if (CellOf(y - reachY, kNonGridCell, c0) && CellOf(y + reachY, kNonGridCell, c1)) {
-        loY = std::max(loY, c0);
-        hiY = std::min(hiY, c1);
-    }
-    for (std::int64_t cx = loX; cx <= hiX; ++cx) {
-        for (std::int64_t cy = loY; cy <= hiY; ++cy) {
-            auto const it = nonGridIndex.find(CellKey{cx, cy});
-            if (it == nonGridIndex.end()) {
-                continue;
-            }
-            for (std::size_t i : it->second) {
-                if (i >= best) {
-                    break;
-                }
-                if (NonGridNodeMatches(i, x, y)) {
-                    best = i;
-                    break;
-                }
-            }
-        }
-    }
+    CellWindow const w = WindowOf(x, y, reachX, reachY, kNonGridCell, kNonGridCell, key.cx, key.cy);
+    best = FirstInCells(nonGridIndex, w, best, [&](std::size_t i) { return NonGridNodeMatches(i, x, y); });
     return best == kNone ? nullptr : nonGridNodes[best];
 }
 

@@ -105,6 +105,7 @@ private:
     };
     bool GridNodeMatches(std::size_t index, double x, double y);
     std::size_t LatticeBlockOf(std::int64_t bx, std::int64_t by, bool create);
+    void FileLatticeBlock(std::size_t b);
     std::size_t LatticeFind(std::int32_t ix, std::int32_t iy);
     bool LatticeInsert(std::int32_t ix, std::int32_t iy, std::size_t index);
     KrRoutingWayPoint* FindLatticeNode(double x, double y);

@@ -29,8 +29,9 @@ double Margin(double a, double b, double c, double d) {
     return 1e-4 + 1e-9 * m;
 }
 
-// The two ends of a segment (ends[0] and ends[1]); false with fewer than two.
-bool SegmentEnds(KrRouteSegment* seg, KrRoutingWayPoint*& a, KrRoutingWayPoint*& b) {
+}  // namespace
+
+bool KrSegmentIndex::SegmentEnds(KrRouteSegment* seg, KrRoutingWayPoint*& a, KrRoutingWayPoint*& b) {
     a = nullptr;
     b = nullptr;
     if (seg->GetOtherEnd(nullptr, a) != 0 || a == nullptr) {
@@ -38,8 +39,6 @@ bool SegmentEnds(KrRouteSegment* seg, KrRoutingWayPoint*& a, KrRoutingWayPoint*&
     }
     return seg->GetOtherEnd(a, b) == 0 && b != nullptr;
 }
-
-}  // namespace
 
 std::size_t KrSegmentIndex::KeyHash::operator()(Key const& k) const {
     std::uint64_t h = static_cast<std::uint64_t>(k.cx) * 0x9E3779B97F4A7C15ULL;

@@ -55,6 +55,9 @@ public:
     // p1-p2 crosses (KrRouteSegment::IsSecWith), and the line hit; null when none.
     KrRouteCADLine* FirstCross(KrRouteSegment* seg, double* p1, double* p2);
 
+    // The two ends of a segment (its ends[0] and ends[1]); false with fewer than two.
+    static bool SegmentEnds(KrRouteSegment* seg, KrRoutingWayPoint*& a, KrRoutingWayPoint*& b);
+
     // The line of h that the line p1-p2 crosses (KrRouteSegment::IsSecWith), or null.
     static KrRouteCADLine* CrossedLine(KrRouteSegment* h, double* p1, double* p2);
 

@@ -144,16 +144,6 @@ bool UnhandledAre(KrRoutingWayPoint* p, std::vector<KrRouteSegment*> const& expe
     return next == expected.size();
 }
 
-// The two ends of a segment (ends[0] and ends[1]); false with fewer than two.
-bool SegmentEnds(KrRouteSegment* seg, KrRoutingWayPoint*& a, KrRoutingWayPoint*& b) {
-    a = nullptr;
-    b = nullptr;
-    if (seg->GetOtherEnd(nullptr, a) != 0 || a == nullptr) {
-        return false;
-    }
-    return seg->GetOtherEnd(a, b) == 0 && b != nullptr;
-}
-
 // Moves every entry that segs holds when the call starts; KrRouteSegment::Move appends the
 // segments it moves itself (those its lines would cross) to segs, and these are not moved again.
 // Each moved segment is noted in the index (when there is one) before the next move asks it.
@@ -333,7 +323,7 @@ int KrRoutingLayout::PlaceSegment(std::vector<KrRoutingWayPoint*>& points, KrRou
         RefreshHandled(seg);
         KrRoutingWayPoint* a = nullptr;
         KrRoutingWayPoint* b = nullptr;
-        if (SegmentEnds(seg, a, b)) {
+        if (KrSegmentIndex::SegmentEnds(seg, a, b)) {
             if (!startKept) {
                 RefreshHandledAt(a);
             }
