@@ -72,14 +72,14 @@ int LatticeCandidates(double v, double span, std::int32_t* out) {
     if (!std::isfinite(v)) {
         return 0;
     }
-    double const reach = 0.5 * span + 2.0 * kTol + 1e-9 * (std::fabs(v) + span);
-    double const lo = std::floor((v - reach) / span);
-    double const hi = std::ceil((v + reach) / span);
-    double const first = std::max(lo, -2147483648.0);
-    double const last = std::min(hi, 2147483647.0);
+    // A node within half a spacing plus the tolerance is at most one index from the nearest: with
+    // spacings of 1e-3 and more the tolerance and every rounding stay far below half an index.
+    double const k = std::nearbyint(v / span);
+    double const first = std::max(k - 1.0, -2147483648.0);
+    double const last = std::min(k + 1.0, 2147483647.0);
     int count = 0;
-    for (double k = first; k <= last && count < 4; k += 1.0) {
-        out[count++] = static_cast<std::int32_t>(k);
+    for (double i = first; i <= last && count < 3; i += 1.0) {
+        out[count++] = static_cast<std::int32_t>(i);
     }
     return count;
 }

@@ -142,6 +142,11 @@ void KrSegmentIndex::Read(std::size_t place, std::vector<Key>& keys, bool& fits)
     seg->GetAllCADLine(lineScratch);
     keys.clear();
     fits = true;
+    double bx0 = 0.0;
+    double by0 = 0.0;
+    double bx1 = 0.0;
+    double by1 = 0.0;
+    bool any = false;
     for (KrRouteCADLine* line : lineScratch) {
         KrRoutingWayPoint* s = nullptr;
         KrRoutingWayPoint* t = nullptr;
@@ -172,6 +177,11 @@ void KrSegmentIndex::Read(std::size_t place, std::vector<Key>& keys, bool& fits)
             fits = false;
             continue;
         }
+        bx0 = any ? std::min({bx0, x0, x1}) : std::min(x0, x1);
+        by0 = any ? std::min({by0, y0, y1}) : std::min(y0, y1);
+        bx1 = any ? std::max({bx1, x0, x1}) : std::max(x0, x1);
+        by1 = any ? std::max({by1, y0, y1}) : std::max(y0, y1);
+        any = true;
         for (std::int64_t cx = lo.cx; cx <= hi.cx; ++cx) {
             for (std::int64_t cy = lo.cy; cy <= hi.cy; ++cy) {
                 keys.push_back(Key{cx, cy});
@@ -180,6 +190,14 @@ void KrSegmentIndex::Read(std::size_t place, std::vector<Key>& keys, bool& fits)
         if (static_cast<std::int64_t>(keys.size()) > kMaxCellsPerEntry) {
             fits = false;
         }
+    }
+    entry.boxed = fits && any;
+    if (entry.boxed) {
+        double const m = Margin(bx0, by0, bx1, by1);
+        entry.box[0] = bx0 - m;
+        entry.box[1] = by0 - m;
+        entry.box[2] = bx1 + m;
+        entry.box[3] = by1 + m;
     }
     if (!fits) {
         keys.clear();
@@ -272,11 +290,19 @@ void KrSegmentIndex::Candidates(double x0, double y0, double x1, double y1, std:
     if (!Range(x0, y0, x1, y1, kMaxCellsPerQuery, lo, hi)) {
         out = linkedPlaces;
     } else {
+        // The query box, widened like the entries' boxes (Range succeeded: it is finite).
+        double const m = Margin(x0, y0, x1, y1);
+        double const qx0 = std::min(x0, x1) - m;
+        double const qy0 = std::min(y0, y1) - m;
+        double const qx1 = std::max(x0, x1) + m;
+        double const qy1 = std::max(y0, y1) + m;
         auto take = [&](std::size_t place) {
             Entry& e = entries[place];
             if (e.stamp != stamp) {
                 e.stamp = stamp;
-                out.push_back(place);
+                if (!e.boxed || (e.box[0] <= qx1 && qx0 <= e.box[2] && e.box[1] <= qy1 && qy0 <= e.box[3])) {
+                    out.push_back(place);
+                }
             }
         };
         for (std::size_t place : always) {

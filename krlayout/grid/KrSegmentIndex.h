@@ -45,7 +45,8 @@ public:
     void Flush();
 
     // Store places (ascending, each once) of the placed segments whose lines may come within the
-    // tolerance of the box of (x0, y0)-(x1, y1): a superset of those whose lines touch it.
+    // tolerance of the box of (x0, y0)-(x1, y1): a superset of those whose lines touch it. Those
+    // whose bounding box (widened by the margin) misses the widened query box are left out.
     void Candidates(double x0, double y0, double x1, double y1, std::vector<std::size_t>& out);
     KrRouteSegment* At(std::size_t place) const { return store[place]; }
     // The segment's two ends when it has exactly two (as of its last re-read).
@@ -80,6 +81,10 @@ private:
         std::size_t linkedPos = 0;  // place in linkedPlaces while linked
         bool always = false;    // geometry no cell can hold: a candidate of every query
         std::size_t stamp = 0;  // last query that visited this entry
+        // The bounding box of the lines read (x0, y0, x1, y1), widened by the margin of the
+        // cells; boxed is false when there is none (no lines, or geometry no cell can hold).
+        bool boxed = false;
+        double box[4] = {0.0, 0.0, 0.0, 0.0};
         bool twoEnds = false;   // exactly two ends, e0 and e1
         KrRoutingWayPoint* e0 = nullptr;
         KrRoutingWayPoint* e1 = nullptr;

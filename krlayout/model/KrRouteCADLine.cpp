@@ -299,10 +299,10 @@ int KrRouteCADLine::Move(KrRoutingGrid* grid, double dx, double dy, std::vector<
     }
     grid->MoveCrossSegment(this, dx, dy, moved);
 
-    std::vector<KrRoutingWayPoint*> const old = points;
+    // The points are read in place: nothing in the loop changes this line's list.
     std::vector<KrRoutingWayPoint*> targets;
-    targets.reserve(old.size());
-    for (KrRoutingWayPoint* p : old) {
+    targets.reserve(points.size());
+    for (KrRoutingWayPoint* p : points) {
         double x = 0.0;
         double y = 0.0;
         p->GetGridCoord(x, y);
@@ -321,27 +321,27 @@ int KrRouteCADLine::Move(KrRoutingGrid* grid, double dx, double dy, std::vector<
         targets.push_back(q);
     }
 
-    points.clear();
     // AddPoint searches the points added so far: quadratic on a long line. The shifted points of
-    // a line are nearly always distinct; a sorted copy tells, and then all go in directly, in the
-    // same order and with the same parents as through AddPoint.
+    // a line are nearly always distinct; a sorted copy tells, and then the list of targets becomes
+    // the line's list as it stands, with the same order and parents as through AddPoint.
     bool distinct = targets.size() > kShortLine;
     if (distinct) {
-        std::vector<KrRoutingWayPoint*> sorted = targets;
+        thread_local std::vector<KrRoutingWayPoint*> sorted;
+        sorted.assign(targets.begin(), targets.end());
         std::sort(sorted.begin(), sorted.end(), std::less<KrRoutingWayPoint*>());
         // A null point (AddPoint skips it) sorts first.
         distinct = sorted.front() != nullptr &&
                    std::adjacent_find(sorted.begin(), sorted.end()) == sorted.end();
     }
     if (!distinct) {
+        points.clear();
         for (KrRoutingWayPoint* q : targets) {
             AddPoint(q);
         }
         return 0;
     }
-    points.reserve(targets.size());
-    for (KrRoutingWayPoint* q : targets) {
-        points.push_back(q);
+    points.swap(targets);
+    for (KrRoutingWayPoint* q : points) {
         q->AddParent(this);
     }
     return 0;
