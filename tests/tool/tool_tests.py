@@ -121,7 +121,8 @@ def check_result_document(doc, layout_type, mode):
 
 def check_dxf_against_json(dxf_path, doc):
     """The DXF holds one layer per segment with the segment's lines and fillet arcs."""
-    dxf = ezdxf.readfile(dxf_path)
+    dxf = read_dxf_audited(dxf_path)
+    check_dxf_texts(dxf, doc)
     layers = {layer.dxf.name for layer in dxf.layers}
     msp = dxf.modelspace()
     by_layer = {}
@@ -155,6 +156,61 @@ def check_dxf_against_json(dxf_path, doc):
             for t in f["tangent_points"]:
                 check(any(math.hypot(p[0] - t[0], p[1] - t[1]) < 1e-5 for p in ends),
                       "arc end %r not at a tangent point" % (t,))
+
+
+DXF_UNITS = {"m": (6, 1), "cm": (5, 1), "mm": (4, 1), "in": (1, 0), "ft": (2, 0)}
+
+
+def read_dxf_audited(path):
+    """Reads a DXF with ezdxf; it must be R2000 or later and pass ezdxf's audit without errors."""
+    dxf = ezdxf.readfile(path)
+    check(dxf.dxfversion >= "AC1015", "DXF version %s is older than R2000" % dxf.dxfversion)
+    auditor = dxf.audit()
+    check(not auditor.has_errors, "DXF audit errors: %s" % [str(e.message) for e in auditor.errors][:5])
+    return dxf
+
+
+def check_dxf_texts(dxf, doc, units="m"):
+    """Every segment carries its id, true length and diameter as one TEXT on its own layer, in
+    the middle of its longest drawn line and readable; every connector is named where it is."""
+    msp = dxf.modelspace()
+    height = 0.2 * min(doc["options"]["grid"])
+    laid_out = doc["laid_out"]
+    for seg in doc["segments"]:
+        texts = msp.query('TEXT[layer=="SEG_%d"]' % seg["id"])
+        check(len(texts) == 1, "segment %d: %d texts on its layer" % (seg["id"], len(texts)))
+        t = texts[0]
+        words = t.dxf.text.split("  ")
+        check(words[0] == str(seg["id"]), "segment %d: text %r" % (seg["id"], t.dxf.text))
+        value, unit = words[1].split(" ")
+        decimals = len(value.split(".")[1]) if "." in value else 0
+        check(unit == units and abs(float(value) - seg["length"]) <= 0.5 * 10 ** -decimals + 1e-9,
+              "segment %d: length in %r, true length %g" % (seg["id"], t.dxf.text, seg["length"]))
+        check(words[2].startswith("%%c") and words[2].endswith(" mm"),
+              "segment %d: diameter in %r" % (seg["id"], t.dxf.text))
+        if laid_out:
+            lines = [(l["drawn"]["start"], l["drawn"]["end"]) for l in seg["lines"]]
+        else:
+            lines = [(l["start"], l["end"]) for l in seg["input_lines"]]
+        a, b = max(lines, key=lambda l: math.hypot(l[1][0] - l[0][0], l[1][1] - l[0][1]))
+        mid = ((a[0] + b[0]) / 2, (a[1] + b[1]) / 2)
+        at = t.dxf.align_point
+        check(math.hypot(at[0] - mid[0], at[1] - mid[1]) <= height,
+              "segment %d: text at %r, middle of the longest line %r" % (seg["id"], at, mid))
+        angle = math.degrees(math.atan2(b[1] - a[1], b[0] - a[0])) % 180
+        rotation = t.dxf.rotation % 360
+        check(rotation <= 90 + 1e-6 or rotation > 270, "segment %d: text upside down (%g)" % (seg["id"], rotation))
+        check(abs((rotation - angle + 90) % 180 - 90) < 1e-6,
+              "segment %d: text at %g degrees along a line at %g" % (seg["id"], rotation, angle))
+        check(abs(t.dxf.height - height) < 1e-9, "text height %g" % t.dxf.height)
+    names = {}
+    for t in msp.query('TEXT[layer=="CONNECTORS"]'):
+        names.setdefault(t.dxf.text, []).append(t.dxf.align_point)
+    for seg in doc["segments"]:
+        for c in seg["connectors"]:
+            check(c["name"] in names, "connector %r not in the DXF" % c["name"])
+            check(any(math.hypot(p[0] - c["at"][0], p[1] - c["at"][1]) <= height for p in names[c["name"]]),
+                  "connector %r not at %r" % (c["name"], c["at"]))
 
 
 # ---------------------------------------------------------------------------------------------
@@ -245,6 +301,46 @@ def example_group(name):
 
         drawing_options()
 
+        @case("dxf units and labels")
+        def dxf_units_and_labels(units):
+            with tempfile.TemporaryDirectory() as tmp:
+                # The engine bay with every coordinate and diameter converted into the unit.
+                factor = 1 / {"m": 1, "cm": 0.01, "mm": 0.001, "in": 0.0254, "ft": 0.3048}[units]
+                source = load_json(doc_path)
+                for seg in source["segments"]:
+                    seg["value"] *= factor
+                    for e in seg["entities"]:
+                        e["start"] = [v * factor for v in e["start"]]
+                        e["end"] = [v * factor for v in e["end"]]
+                path = os.path.join(tmp, "engine-bay-%s.json" % units)
+                with open(path, "w") as f:
+                    json.dump(source, f)
+                dxf_path = os.path.join(tmp, "board.dxf")
+                res = os.path.join(tmp, "board.json")
+                code, _, err = run([path, "-q", "-u", units, "-o", dxf_path, "-o", res])
+                check(code == 0, "exit %d: %s" % (code, err))
+                doc = load_json(res)
+                dxf = read_dxf_audited(dxf_path)
+                insunits, measurement = DXF_UNITS[units]
+                check(dxf.header["$INSUNITS"] == insunits,
+                      "$INSUNITS %r for %s" % (dxf.header.get("$INSUNITS"), units))
+                check(dxf.header["$MEASUREMENT"] == measurement,
+                      "$MEASUREMENT %r for %s" % (dxf.header.get("$MEASUREMENT"), units))
+                check_dxf_texts(dxf, doc, units)
+                # Segment 19 of the engine bay: 158.3 mm long and 3 mm thick, lengths rounded as on the drawings.
+                seg = [s for s in doc["segments"] if s["id"] == 19][0]
+                check(abs(seg["length"] / factor - 0.158306) < 1e-6, "segment 19 length %r" % seg["length"])
+                texts = [t.dxf.text for t in dxf.modelspace().query('TEXT[layer=="SEG_19"]')]
+                wanted = {"m": "19  0.158 m  %%c3 mm", "mm": "19  158 mm  %%c3 mm",
+                          "cm": "19  15.8 cm  %%c3 mm", "in": "19  6.23 in  %%c3 mm",
+                          "ft": "19  0.519 ft  %%c3 mm"}[units]
+                check(texts == [wanted], "segment 19: %r, wanted %r" % (texts, wanted))
+                check(sorted(os.listdir(tmp)) == sorted(["board.dxf", "board.json", os.path.basename(path)]),
+                      "stray files: %s" % os.listdir(tmp))
+
+        for units in ("m", "mm", "cm", "in", "ft"):
+            dxf_units_and_labels(units)
+
 
 def failures_group():
     @case("check failure")
@@ -268,7 +364,8 @@ def failures_group():
             check_svg(outs[1], tmp)
             check_pdf(outs[2])
             check_png(outs[3])
-            dxf = ezdxf.readfile(outs[4])
+            dxf = read_dxf_audited(outs[4])
+            check_dxf_texts(dxf, doc)
             layers = {e.dxf.layer for e in dxf.modelspace() if e.dxftype() == "LINE"}
             check(layers == {"SEG_%d" % s["id"] for s in doc["segments"]}, "input sketch in the DXF")
             check(len(os.listdir(tmp)) == len(FORMATS), "stray files: %s" % os.listdir(tmp))
