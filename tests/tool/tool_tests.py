@@ -15,6 +15,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import xml.etree.ElementTree as ET
 
 import ezdxf
 
@@ -29,9 +30,9 @@ TOOL = None
 FAILURES = []
 
 
-def run(args, cwd=None, timeout=600):
+def run(args, cwd=None, timeout=600, env=None):
     proc = subprocess.run([TOOL] + args, cwd=cwd, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                          timeout=timeout)
+                          timeout=timeout, env=env)
     return proc.returncode, proc.stdout.decode("utf-8", "replace"), proc.stderr.decode("utf-8", "replace")
 
 
@@ -663,6 +664,74 @@ def options_group():
             check(listing(tmp) == ["dir.json", "good.png"], "left behind: %s" % listing(tmp))
 
     write_failures()
+
+    @case("reproducible drawings")
+    def reproducible(epoch):
+        env = {k: v for k, v in os.environ.items() if k != "SOURCE_DATE_EPOCH"}
+        if epoch is not None:
+            env["SOURCE_DATE_EPOCH"] = epoch
+        with tempfile.TemporaryDirectory() as tmp:
+            outputs = []
+            for n in (1, 2):
+                outs = [os.path.join(tmp, "run%d%s" % (n, ext)) for ext in (".pdf", ".svg")]
+                code, _, err = run([doc_path, "-q", "-o", outs[0], "-o", outs[1]], env=env)
+                check(code == 0, "exit %d: %s" % (code, err))
+                outputs.append(outs)
+                if n == 1:
+                    # cairo dates a PDF to the second: let the clock move on between the runs.
+                    import time
+                    time.sleep(1.1)
+            for a, b in zip(*outputs):
+                with open(a, "rb") as fa, open(b, "rb") as fb:
+                    check(fa.read() == fb.read(), "%s and %s differ" % (a, b))
+            info = subprocess.run(["pdfinfo", "-isodates", outputs[0][0]], stdout=subprocess.PIPE).stdout.decode()
+            dates = [l.split(None, 1)[1].strip() for l in info.splitlines() if l.startswith("CreationDate:")]
+            if epoch is None:
+                check(dates == [], "undated PDF has a creation date: %r" % dates)
+            else:
+                check(dates == ["2023-11-14T22:13:20Z"], "creation date %r" % dates)
+
+    reproducible(None)
+    reproducible("1700000000")
+
+    @case("bad SOURCE_DATE_EPOCH")
+    def bad_epoch(value):
+        env = dict(os.environ, SOURCE_DATE_EPOCH=value)
+        with tempfile.TemporaryDirectory() as tmp:
+            code, _, err = run([doc_path, "-o", os.path.join(tmp, "x.pdf"), "-o", os.path.join(tmp, "x.json")],
+                               env=env)
+            check(code == 2, "exit %d: %r" % (code, err))
+            check("SOURCE_DATE_EPOCH" in err and value in err, "message: %r" % err)
+            check(listing(tmp) == [], "files written: %s" % listing(tmp))
+
+    for value in ("yesterday", "-5", "1e9", "", "99999999999999"):
+        bad_epoch(value)
+
+    @case("svg text and groups")
+    def svg_structure():
+        with tempfile.TemporaryDirectory() as tmp:
+            svg = os.path.join(tmp, "d.svg")
+            res = os.path.join(tmp, "d.json")
+            code, _, err = run([doc_path, "-q", "-o", svg, "-o", res])
+            check(code == 0, "exit %d: %s" % (code, err))
+            doc = load_json(res)
+            ns = "{http://www.w3.org/2000/svg}"
+            root = ET.parse(svg).getroot()
+            check(root.find(".//%ssymbol" % ns) is None and root.find(".//%suse" % ns) is None,
+                  "text drawn as glyph outlines")
+            texts = ["".join(t.itertext()) for t in root.iter(ns + "text")]
+            for label in ("19  0.158 m  \u00d83 mm", "X14@Oil pressure switch (1)", "Engine-bay harness"):
+                check(label in texts, "no <text> %r" % label)
+            groups = {g.get("id"): g for g in root.iter(ns + "g") if g.get("id")}
+            for seg in doc["segments"]:
+                g = groups.get("segment-%d" % seg["id"])
+                check(g is not None, "no <g id=\"segment-%d\">" % seg["id"])
+                check(g.find(ns + "path") is not None, "segment %d group has no path" % seg["id"])
+            labelled = {g.get("data-segment") for g in root.iter(ns + "g") if g.get("class") == "label"}
+            check(labelled == {str(seg["id"]) for seg in doc["segments"]}, "label groups %r" % sorted(labelled))
+            check_svg(svg, tmp)
+
+    svg_structure()
 
     @case("input is not overwritten")
     def input_kept():

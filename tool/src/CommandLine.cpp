@@ -23,7 +23,11 @@ char const* const kFooter = R"(Outputs (-o, any number, chosen by extension):
   .svg .pdf .png  a drawing: segments labelled with id, true length and diameter,
          connector names at the ends, fillet arcs, a grid and a scale bar; when a
          check fails, the input sketch with the offending segments in red
-  .dxf   ASCII DXF R12: a layer SEG_<id> per segment with LINE and ARC entities
+  .dxf   ASCII DXF R2000 in the units of --units: a layer SEG_<id> per segment with
+         LINE and ARC entities and a TEXT with id, length and diameter; connector
+         names on the layer CONNECTORS
+PDF and SVG are the same bytes for the same input; a PDF is dated SOURCE_DATE_EPOCH
+when that is set, and carries no date otherwise.
 
 Units: coordinates, lengths, diameters and grid spacings are in the document's model
 units: metres, unless --units names others. The default grid spacing is 0.02 m,
@@ -246,6 +250,7 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
     if (!options.document.empty() && !options.example.empty())
         return fail("give either a DOCUMENT or --example, not both");
 
+    bool wantsPdf = false;
     for (std::string const& path : options.outputs) {
         std::string ext;
         if (path.empty())
@@ -253,6 +258,26 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
         if (!knownExtension(path, ext))
             return fail("--output: '" + path +
                         "': unknown output format (use .json, .svg, .pdf, .png or .dxf)");
+        if (ext == ".pdf")
+            wantsPdf = true;
+    }
+    // A PDF carries SOURCE_DATE_EPOCH as its creation date, or no date, so that the same drawing
+    // gives the same file. A value that is not a plain number of seconds is refused rather than
+    // silently ignored.
+    char const* const epoch = std::getenv("SOURCE_DATE_EPOCH");
+    if (wantsPdf && epoch != nullptr) {
+        std::string const text = epoch;
+        // Up to the last second of the year 9999, which a PDF date can still hold.
+        bool ok = !text.empty() && text.size() <= 12 &&
+                  std::all_of(text.begin(), text.end(),
+                              [](unsigned char c) { return std::isdigit(c) != 0; });
+        if (ok) {
+            options.pdfCreatedAt = std::stoll(text);
+            ok = options.pdfCreatedAt <= 253402300799LL;
+        }
+        if (!ok)
+            return fail("SOURCE_DATE_EPOCH: '" + text +
+                        "' is not a time in seconds since 1970 (a whole number up to 253402300799)");
     }
     return kContinue;
 }

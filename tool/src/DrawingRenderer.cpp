@@ -1,15 +1,16 @@
 #include "DrawingRenderer.h"
 
+#include "DrawingCanvas.h"
 #include "Geometry2D.h"
 #include "LabelPlacer.h"
 #include "UnitFormat.h"
 
 #include <cairo-pdf.h>
-#include <cairo-svg.h>
 #include <cairo.h>
 
 #include <algorithm>
 #include <cmath>
+#include <ctime>
 #include <map>
 #include <memory>
 #include <ostream>
@@ -94,13 +95,13 @@ public:
 
 private:
     void planPage();
-    void drawBackground(cairo_t* cr);
-    void drawGrid(cairo_t* cr);
-    void drawSegments(cairo_t* cr);
-    void drawEnds(cairo_t* cr);
-    void placeAndDrawLabels(cairo_t* cr);
-    void drawHeader(cairo_t* cr);
-    void drawScaleBar(cairo_t* cr);
+    void drawBackground(DrawingCanvas& cr);
+    void drawGrid(DrawingCanvas& cr);
+    void drawSegments(DrawingCanvas& cr);
+    void drawEnds(DrawingCanvas& cr);
+    void placeAndDrawLabels(DrawingCanvas& cr);
+    void drawHeader(DrawingCanvas& cr);
+    void drawScaleBar(DrawingCanvas& cr);
 
     bool failedSegment(long id) const
     {
@@ -130,9 +131,9 @@ private:
     double connectorFont_ = 7.0;
 };
 
-void setColour(cairo_t* cr, Colour const& c, double alpha = 1.0)
+void setColour(DrawingCanvas& cr, Colour const& c, double alpha = 1.0)
 {
-    cairo_set_source_rgba(cr, c.r, c.g, c.b, alpha);
+    cr.setSourceRgba(c.r, c.g, c.b, alpha);
 }
 
 void Painter::planPage()
@@ -185,13 +186,13 @@ void Painter::planPage()
     frame_.originX += (pageWidth_ - (drawingWidth + 2.0 * (kMarginX + kLabelRoom))) / 2.0;
 }
 
-void Painter::drawBackground(cairo_t* cr)
+void Painter::drawBackground(DrawingCanvas& cr)
 {
-    cairo_set_source_rgb(cr, 1.0, 1.0, 1.0);
-    cairo_paint(cr);
+    cr.setSourceRgb(1.0, 1.0, 1.0);
+    cr.paint();
 }
 
-void Painter::drawGrid(cairo_t* cr)
+void Painter::drawGrid(DrawingCanvas& cr)
 {
     double const gx = result_.gridX;
     double const gy = result_.gridY;
@@ -223,37 +224,37 @@ void Painter::drawGrid(cairo_t* cr)
     long const ix1 = static_cast<long>(fx1);
     long const iy0 = static_cast<long>(fy0);
     long const iy1 = static_cast<long>(fy1);
-    cairo_set_line_width(cr, 0.4);
+    cr.setLineWidth(0.4);
     for (int pass = 0; pass < 2; ++pass) {
         bool const major = pass == 1;
-        cairo_set_source_rgb(cr, major ? 0.80 : 0.92, major ? 0.84 : 0.94, major ? 0.90 : 0.97);
+        cr.setSourceRgb(major ? 0.80 : 0.92, major ? 0.84 : 0.94, major ? 0.90 : 0.97);
         for (long i = ix0; i <= ix1; ++i) {
             if ((i % 5 == 0) != major)
                 continue;
             Point2 const a = frame_.map({static_cast<double>(i) * gx * kx, y0});
             Point2 const b = frame_.map({static_cast<double>(i) * gx * kx, y1});
-            cairo_move_to(cr, a.x, a.y);
-            cairo_line_to(cr, b.x, b.y);
+            cr.moveTo(a.x, a.y);
+            cr.lineTo(b.x, b.y);
         }
         for (long i = iy0; i <= iy1; ++i) {
             if ((i % 5 == 0) != major)
                 continue;
             Point2 const a = frame_.map({x0, static_cast<double>(i) * gy * ky});
             Point2 const b = frame_.map({x1, static_cast<double>(i) * gy * ky});
-            cairo_move_to(cr, a.x, a.y);
-            cairo_line_to(cr, b.x, b.y);
+            cr.moveTo(a.x, a.y);
+            cr.lineTo(b.x, b.y);
         }
-        cairo_stroke(cr);
+        cr.stroke();
     }
     // The origin, where the root segment starts.
     Point2 const o = frame_.map({0.0, 0.0});
-    cairo_set_source_rgb(cr, 0.55, 0.60, 0.70);
-    cairo_set_line_width(cr, 0.8);
-    cairo_move_to(cr, o.x - 6, o.y);
-    cairo_line_to(cr, o.x + 6, o.y);
-    cairo_move_to(cr, o.x, o.y - 6);
-    cairo_line_to(cr, o.x, o.y + 6);
-    cairo_stroke(cr);
+    cr.setSourceRgb(0.55, 0.60, 0.70);
+    cr.setLineWidth(0.8);
+    cr.moveTo(o.x - 6, o.y);
+    cr.lineTo(o.x + 6, o.y);
+    cr.moveTo(o.x, o.y - 6);
+    cr.lineTo(o.x, o.y + 6);
+    cr.stroke();
 }
 
 std::vector<std::vector<Point2>> Painter::paperPaths(ResultSegment const& s) const
@@ -278,60 +279,58 @@ std::vector<std::vector<Point2>> Painter::paperPaths(ResultSegment const& s) con
     return paths;
 }
 
-void Painter::drawSegments(cairo_t* cr)
+void Painter::drawSegments(DrawingCanvas& cr)
 {
     double const s = frame_.scale;
     double const metresPerUnit = result_.metresPerUnit > 0.0 ? result_.metresPerUnit : 1.0;
-    cairo_set_line_cap(cr, CAIRO_LINE_CAP_ROUND);
-    cairo_set_line_join(cr, CAIRO_LINE_JOIN_ROUND);
+    cr.setRoundLines();
     auto strokeSegment = [&](ResultSegment const& seg) {
         for (auto const& path : paperPaths(seg)) {
-            cairo_move_to(cr, path[0].x, path[0].y);
+            cr.moveTo(path[0].x, path[0].y);
             for (size_t i = 1; i < path.size(); ++i)
-                cairo_line_to(cr, path[i].x, path[i].y);
+                cr.lineTo(path[i].x, path[i].y);
         }
         if (laidOut_) {
             for (ResultFillet const& f : seg.fillets) {
                 if (!finite(f.center) || !std::isfinite(f.radius))
                     continue;
                 Point2 const c = frame_.map(f.center);
-                cairo_new_sub_path(cr);
+                cr.newSubPath();
                 // y points down on paper: a counter-clockwise model arc runs the other way.
-                cairo_arc_negative(cr, c.x, c.y, f.radius * s, -f.startAngle, -f.endAngle);
+                cr.arcNegative(c.x, c.y, f.radius * s, -f.startAngle, -f.endAngle);
             }
         }
     };
-    // Pass 1: a translucent band as wide as the bundle, where that is visible at this scale.
-    for (size_t i = 0; i < result_.segments.size(); ++i) {
-        ResultSegment const& seg = result_.segments[i];
-        double const band = seg.diameter * s;
-        if (!(band >= 1.5) || !std::isfinite(band) || band > 400.0)
-            continue;
-        setColour(cr, colourOf(i, seg.id), 0.18);
-        cairo_set_line_width(cr, band);
-        strokeSegment(seg);
-        cairo_stroke(cr);
-    }
-    // Pass 2: the centre lines; failed segments on top.
+    // Each segment in its own group: a translucent band as wide as the bundle, where that is
+    // visible at this scale, under its centre line. Failed segments come last, on top.
     for (int pass = 0; pass < 2; ++pass) {
         for (size_t i = 0; i < result_.segments.size(); ++i) {
             ResultSegment const& seg = result_.segments[i];
             bool const failed = failedSegment(seg.id);
             if ((pass == 1) != failed)
                 continue;
+            cr.beginGroup("id=\"segment-" + std::to_string(seg.id) + "\" class=\"segment\"");
+            double const band = seg.diameter * s;
+            if (band >= 1.5 && std::isfinite(band) && band <= 400.0) {
+                setColour(cr, colourOf(i, seg.id), 0.18);
+                cr.setLineWidth(band);
+                strokeSegment(seg);
+                cr.stroke();
+            }
             setColour(cr, colourOf(i, seg.id));
             double width = failed ? 2.6 : 1.4;
             if (laidOut_ && options_.paperScale <= 0.0)
                 width = std::clamp(0.8 + 60.0 * seg.diameter * metresPerUnit, 1.0, 3.0);
-            cairo_set_line_width(cr, width);
+            cr.setLineWidth(width);
             strokeSegment(seg);
-            cairo_stroke(cr);
+            cr.stroke();
+            cr.endGroup();
         }
     }
 }
 
 // Segment ends: a dot where segments meet, an open square at a free end.
-void Painter::drawEnds(cairo_t* cr)
+void Painter::drawEnds(DrawingCanvas& cr)
 {
     std::map<std::pair<long long, long long>, std::pair<int, Point2>> ends;
     auto key = [](Point2 const& p) {
@@ -365,16 +364,16 @@ void Painter::drawEnds(cairo_t* cr)
         (void)k;
         Point2 const p = frame_.map(e.second);
         if (e.first >= 2) {
-            cairo_set_source_rgb(cr, 0.15, 0.15, 0.15);
-            cairo_arc(cr, p.x, p.y, 2.2, 0.0, 2.0 * Geometry2D::kPi);
-            cairo_fill(cr);
+            cr.setSourceRgb(0.15, 0.15, 0.15);
+            cr.arc(p.x, p.y, 2.2, 0.0, 2.0 * Geometry2D::kPi);
+            cr.fill();
         } else {
-            cairo_set_source_rgb(cr, 1.0, 1.0, 1.0);
-            cairo_rectangle(cr, p.x - 2.5, p.y - 2.5, 5.0, 5.0);
-            cairo_fill_preserve(cr);
-            cairo_set_source_rgb(cr, 0.15, 0.15, 0.15);
-            cairo_set_line_width(cr, 0.9);
-            cairo_stroke(cr);
+            cr.setSourceRgb(1.0, 1.0, 1.0);
+            cr.rectangle(p.x - 2.5, p.y - 2.5, 5.0, 5.0);
+            cr.fillPreserve();
+            cr.setSourceRgb(0.15, 0.15, 0.15);
+            cr.setLineWidth(0.9);
+            cr.stroke();
         }
     }
 }
@@ -392,7 +391,7 @@ std::string Painter::segmentLabel(ResultSegment const& s) const
     return text;
 }
 
-void Painter::placeAndDrawLabels(cairo_t* cr)
+void Painter::placeAndDrawLabels(DrawingCanvas& cr)
 {
     LabelPlacer placer;
     placer.setBounds({kMarginX, kHeaderHeight, pageWidth_ - kMarginX, pageHeight_ - kFooterHeight});
@@ -421,17 +420,17 @@ void Painter::placeAndDrawLabels(cairo_t* cr)
         bool bold;
         bool leader;
         Point2 anchor;
+        std::string group;    // attributes of the label's SVG group
     };
     std::vector<Placed> placed;
     cairo_font_extents_t fe;
 
     auto measure = [&](std::string const& text, double font, bool bold, double& w, double& h) {
-        cairo_select_font_face(cr, "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL,
-                               bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
-        cairo_set_font_size(cr, font);
+        cr.selectFont(bold);
+        cr.setFontSize(font);
         cairo_text_extents_t te;
-        cairo_text_extents(cr, text.c_str(), &te);
-        cairo_font_extents(cr, &fe);
+        cr.textExtents(text.c_str(), &te);
+        cr.fontExtents(&fe);
         w = te.x_advance + 3.0;
         h = fe.ascent + fe.descent + 1.0;
     };
@@ -488,7 +487,7 @@ void Painter::placeAndDrawLabels(cairo_t* cr)
             int const k = placer.place(cands, cost);
             if (k >= 0)
                 placed.push_back({c.name, cands[static_cast<size_t>(k)].box, {0.05, 0.05, 0.05},
-                                  connectorFont_, true, false, p});
+                                  connectorFont_, true, false, p, "class=\"connector\""});
         }
     }
 
@@ -566,41 +565,42 @@ void Painter::placeAndDrawLabels(cairo_t* cr)
         } else if (!failed) {
             colour = {0.35, 0.35, 0.35};
         }
-        placed.push_back({text, box, colour, font, failed, leader, anchor});
+        placed.push_back({text, box, colour, font, failed, leader, anchor,
+                          "class=\"label\" data-segment=\"" + std::to_string(seg.id) + "\""});
     }
 
     for (Placed const& p : placed) {
+        cr.beginGroup(p.group);
         if (p.leader) {
-            cairo_set_source_rgba(cr, p.colour.r, p.colour.g, p.colour.b, 0.7);
-            cairo_set_line_width(cr, 0.5);
+            cr.setSourceRgba(p.colour.r, p.colour.g, p.colour.b, 0.7);
+            cr.setLineWidth(0.5);
             double const cx = std::clamp(p.anchor.x, p.box.x0, p.box.x1);
             double const cy = std::clamp(p.anchor.y, p.box.y0, p.box.y1);
-            cairo_move_to(cr, p.anchor.x, p.anchor.y);
-            cairo_line_to(cr, cx, cy);
-            cairo_stroke(cr);
+            cr.moveTo(p.anchor.x, p.anchor.y);
+            cr.lineTo(cx, cy);
+            cr.stroke();
         }
         // A white halo keeps the text readable where it crosses a line.
-        cairo_set_source_rgba(cr, 1.0, 1.0, 1.0, 0.82);
-        cairo_rectangle(cr, p.box.x0, p.box.y0, p.box.x1 - p.box.x0, p.box.y1 - p.box.y0);
-        cairo_fill(cr);
-        cairo_select_font_face(cr, "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL,
-                               p.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
-        cairo_set_font_size(cr, p.font);
-        cairo_font_extents(cr, &fe);
+        cr.setSourceRgba(1.0, 1.0, 1.0, 0.82);
+        cr.rectangle(p.box.x0, p.box.y0, p.box.x1 - p.box.x0, p.box.y1 - p.box.y0);
+        cr.fill();
+        cr.selectFont(p.bold);
+        cr.setFontSize(p.font);
+        cr.fontExtents(&fe);
         setColour(cr, p.colour);
-        cairo_move_to(cr, p.box.x0 + 1.5, p.box.y0 + 0.5 + fe.ascent);
-        cairo_show_text(cr, p.text.c_str());
+        cr.moveTo(p.box.x0 + 1.5, p.box.y0 + 0.5 + fe.ascent);
+        cr.showText(p.text.c_str());
+        cr.endGroup();
     }
 }
 
-void Painter::drawHeader(cairo_t* cr)
+void Painter::drawHeader(DrawingCanvas& cr)
 {
     auto text = [&](double x, double y, double size, bool bold, std::string const& s) {
-        cairo_select_font_face(cr, "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL,
-                               bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
-        cairo_set_font_size(cr, size);
-        cairo_move_to(cr, x, y);
-        cairo_show_text(cr, s.c_str());
+        cr.selectFont(bold);
+        cr.setFontSize(size);
+        cr.moveTo(x, y);
+        cr.showText(s.c_str());
     };
     setColour(cr, kInk);
     std::string title = result_.documentName.empty() ? "Route layout" : result_.documentName;
@@ -646,7 +646,7 @@ void Painter::drawHeader(cairo_t* cr)
     text(kMarginX, 62, 9.5, true, status.str());
 }
 
-void Painter::drawScaleBar(cairo_t* cr)
+void Painter::drawScaleBar(DrawingCanvas& cr)
 {
     double const s = frame_.scale;
     // A round length (1, 2 or 5 times a power of ten) about 120 points long.
@@ -660,29 +660,29 @@ void Painter::drawScaleBar(cairo_t* cr)
     double const barW = len * s;
     double const x = kMarginX;
     double const y = pageHeight_ - kFooterHeight + 26.0;
-    cairo_set_line_width(cr, 0.8);
+    cr.setLineWidth(0.8);
     for (int i = 0; i < 4; ++i) {
-        cairo_rectangle(cr, x + i * barW / 4, y, barW / 4, 5.0);
+        cr.rectangle(x + i * barW / 4, y, barW / 4, 5.0);
         if (i % 2 == 0) {
             setColour(cr, kInk);
-            cairo_fill_preserve(cr);
+            cr.fillPreserve();
         } else {
-            cairo_set_source_rgb(cr, 1.0, 1.0, 1.0);
-            cairo_fill_preserve(cr);
+            cr.setSourceRgb(1.0, 1.0, 1.0);
+            cr.fillPreserve();
         }
         setColour(cr, kInk);
-        cairo_stroke(cr);
+        cr.stroke();
     }
-    cairo_select_font_face(cr, "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
-    cairo_set_font_size(cr, 8.0);
+    cr.selectFont(false);
+    cr.setFontSize(8.0);
     setColour(cr, kInk);
-    cairo_move_to(cr, x, y - 4.0);
-    cairo_show_text(cr, "0");
+    cr.moveTo(x, y - 4.0);
+    cr.showText("0");
     std::string const lenText = UnitFormat::length(len, result_.units);
     cairo_text_extents_t te;
-    cairo_text_extents(cr, lenText.c_str(), &te);
-    cairo_move_to(cr, x + barW - te.x_advance / 2, y - 4.0);
-    cairo_show_text(cr, lenText.c_str());
+    cr.textExtents(lenText.c_str(), &te);
+    cr.moveTo(x + barW - te.x_advance / 2, y - 4.0);
+    cr.showText(lenText.c_str());
 
     std::ostringstream note;
     bool const fixed = options_.paperScale > 0.0 && options_.format != DrawingRenderer::Format::Png;
@@ -697,8 +697,8 @@ void Painter::drawScaleBar(cairo_t* cr)
     else
         note << "   \u00b7   label: id, true length, diameter   \u00b7   \u25a1 free end   \u00b7   "
                 "\u25cf branch point";
-    cairo_move_to(cr, x + barW + 24.0, y + 5.0);
-    cairo_show_text(cr, note.str().c_str());
+    cr.moveTo(x + barW + 24.0, y + 5.0);
+    cr.showText(note.str().c_str());
 }
 
 void Painter::render(std::ostream& out)
@@ -706,15 +706,30 @@ void Painter::render(std::ostream& out)
     planPage();
     SurfacePtr surface;
     double zoom = 1.0;
+    bool const svg = options_.format == DrawingRenderer::Format::Svg;
     switch (options_.format) {
     case DrawingRenderer::Format::Svg:
-        surface.reset(cairo_svg_surface_create_for_stream(writeToStream, &out, pageWidth_,
-                                                          pageHeight_));
+        // The SVG is written element by element; cairo only measures text, on a vector surface
+        // that keeps no pixels, so that labels are placed as in the PDF.
+        surface.reset(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, nullptr));
         break;
-    case DrawingRenderer::Format::Pdf:
+    case DrawingRenderer::Format::Pdf: {
         surface.reset(cairo_pdf_surface_create_for_stream(writeToStream, &out, pageWidth_,
                                                           pageHeight_));
+        // cairo stamps a PDF with the time it was made; the same drawing must give the same
+        // bytes, so the date is SOURCE_DATE_EPOCH's or none.
+        std::string created;
+        if (options_.createdAt >= 0) {
+            std::time_t const t = static_cast<std::time_t>(options_.createdAt);
+            std::tm tm{};
+            char buf[64];
+            if (gmtime_r(&t, &tm) && std::strftime(buf, sizeof buf, "%Y-%m-%dT%H:%M:%SZ", &tm) > 0)
+                created = buf;
+        }
+        cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATE_DATE,
+                                       created.c_str());
         break;
+    }
     case DrawingRenderer::Format::Png: {
         zoom = std::min(1.5, kMaxPngPixels / std::max(pageWidth_, pageHeight_));
         int const w = static_cast<int>(std::ceil(pageWidth_ * zoom));
@@ -730,14 +745,27 @@ void Painter::render(std::ostream& out)
         ContextPtr context(cairo_create(surface.get()));
         cairo_t* cr = context.get();
         cairo_scale(cr, zoom, zoom);
-        drawBackground(cr);
-        drawGrid(cr);
-        drawSegments(cr);
-        drawEnds(cr);
-        placeAndDrawLabels(cr);
-        drawHeader(cr);
-        drawScaleBar(cr);
-        cairo_show_page(cr);
+        if (svg) {
+            // Unhinted metrics, as on any vector surface: text measures as it does in the PDF.
+            cairo_font_options_t* fo = cairo_font_options_create();
+            cairo_font_options_set_hint_metrics(fo, CAIRO_HINT_METRICS_OFF);
+            cairo_font_options_set_hint_style(fo, CAIRO_HINT_STYLE_NONE);
+            cairo_set_font_options(cr, fo);
+            cairo_font_options_destroy(fo);
+        }
+        std::unique_ptr<DrawingCanvas> canvas =
+            svg ? std::make_unique<DrawingCanvas>(out, cr, pageWidth_, pageHeight_)
+                : std::make_unique<DrawingCanvas>(cr);
+        drawBackground(*canvas);
+        drawGrid(*canvas);
+        drawSegments(*canvas);
+        drawEnds(*canvas);
+        placeAndDrawLabels(*canvas);
+        drawHeader(*canvas);
+        drawScaleBar(*canvas);
+        canvas->finishSvg();
+        if (!svg)
+            cairo_show_page(cr);
         if (cairo_status(cr) != CAIRO_STATUS_SUCCESS)
             throw std::runtime_error(std::string("cannot draw: ") +
                                      cairo_status_to_string(cairo_status(cr)));
@@ -752,6 +780,8 @@ void Painter::render(std::ostream& out)
     if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)
         throw std::runtime_error(std::string("cannot write the drawing: ") +
                                  cairo_status_to_string(cairo_surface_status(surface.get())));
+    if (!out.good())
+        throw std::runtime_error("cannot write the drawing");
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
-// Draws a layout with cairo as SVG, PDF or PNG: every segment with its id, true length and
-// diameter, connector names at the ends, fillets as arcs, a grid and a scale bar. When a check
-// failed it draws the input sketch instead, with the offending segments highlighted and labelled.
+// Draws a layout as SVG, PDF or PNG: every segment with its id, true length and diameter,
+// connector names at the ends, fillets as arcs, a grid and a scale bar. When a check failed it
+// draws the input sketch instead, with the offending segments highlighted and labelled. PDF and
+// PNG are drawn by cairo; the SVG is written element by element (DrawingCanvas) so that it keeps
+// text as text and each segment in a group of its own. The same input gives the same bytes.
 #pragma once
 
 #include "LayoutResult.h"
@@ -20,6 +22,8 @@ public:
         // Paper length per model length (1 for 1:1, 0.1 for 1:10); 0 fits the drawing to a sheet.
         // PNG is always fitted.
         double paperScale = 0.0;
+        // PDF creation date in seconds since 1970 (UTC); negative: the PDF has none.
+        long long createdAt = -1;
     };
 
     // Throws std::runtime_error when cairo cannot draw or the stream cannot be written.

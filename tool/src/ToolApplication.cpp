@@ -173,6 +173,7 @@ bool ToolApplication::writeOutput(std::string const& path, LayoutResult const& r
                              : ext == ".pdf" ? DrawingRenderer::Format::Pdf
                                              : DrawingRenderer::Format::Png;
             drawing.paperScale = options.paperScale;
+            drawing.createdAt = options.pdfCreatedAt;
             DrawingRenderer::render(os, result, report, drawing);
         }
         file.commit();
