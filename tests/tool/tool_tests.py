@@ -355,6 +355,10 @@ def errors_group():
         ("blank document", "  \n\t\n", ["empty document"]),
         ("not an object", "[1, 2, 3]", ["route document is a JSON object"]),
         ("unknown field", "{\"segments\": [], \"colour\": 1}", ["/colour", "unknown field"]),
+        ("NUL after the document", "{\"segments\": []}\0garbage",
+         ["bad.json:1:17:", "NUL byte at byte offset 16"]),
+        ("NUL alone after the document", "{\"segments\": []}\n\0", ["bad.json:2:1:", "NUL byte"]),
+        ("NUL between tokens", "{\"segments\":\0 []}", ["bad.json:1:13:", "NUL byte at byte offset 12"]),
     ]
 
     @case("bad document")
