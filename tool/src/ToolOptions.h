@@ -28,7 +28,7 @@ struct ToolOptions {
     bool report = false;
     double paperScale = 0.0;              // PDF/SVG paper length per model length; 0 = fit
     bool quiet = false;
-    unsigned timeLimit = 600;             // seconds the layout may take; 0 = no limit
+    double timeLimit = 600.0;             // seconds the whole run may take; 0 = no limit
 };
 
 }  // namespace krtool
