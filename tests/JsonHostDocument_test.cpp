@@ -253,6 +253,31 @@ TEST(JsonHostDocument, TrailingTextIsRejected) {
     EXPECT_EQ(error.column(), 18);
 }
 
+TEST(JsonHostDocument, BytesAfterANulAreNotIgnored) {
+    // A complete document, a NUL and more text: the NUL is refused where it stands.
+    JsonHostError const error = loadError(std::string("{\"segments\": []}\0garbage", 24));
+    EXPECT_EQ(error.line(), 1);
+    EXPECT_EQ(error.column(), 17);
+    std::string const message = error.what();
+    EXPECT_EQ(message.rfind("doc.json:1:17: not valid JSON: NUL byte at byte offset 16", 0), 0u) << message;
+}
+
+TEST(JsonHostDocument, NulAnywhereIsRejected) {
+    std::string const valid = "{\"segments\": []}\n";
+    EXPECT_NO_THROW(JsonHostDocument::LoadString(valid, "doc.json"));
+    // A trailing NUL alone, a NUL between tokens, and a NUL inside a string on the second line.
+    std::string const trailing = valid + std::string(1, '\0');
+    EXPECT_EQ(loadError(trailing).column(), 1);
+    EXPECT_EQ(loadError(trailing).line(), 2);
+    std::string const between = "{\"segments\":" + std::string(1, '\0') + " []}";
+    EXPECT_EQ(loadError(between).column(), 13);
+    std::string const inString = "{\"segments\": [],\n \"name\": \"a" + std::string(1, '\0') + "b\"}";
+    JsonHostError const error = loadError(inString);
+    EXPECT_EQ(error.line(), 2);
+    EXPECT_EQ(error.column(), 12);
+    EXPECT_NE(std::string(error.what()).find("byte offset 28"), std::string::npos) << error.what();
+}
+
 TEST(JsonHostDocument, MalformedUtf8IsRejectedWithItsPosition) {
     JsonHostError const error = loadError("{\"segments\": [], \"name\": \"a\xFF\"}");
     EXPECT_EQ(error.line(), 1);

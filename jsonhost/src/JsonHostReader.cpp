@@ -445,6 +445,14 @@ JsonHostReader::Result JsonHostReader::Read(std::string const& text, std::string
     if (text.find_first_not_of(" \t\r\n") == std::string::npos) {
         throw JsonHostError(source + ": empty document: no JSON value");
     }
+    // The parser takes a NUL byte for the end of the text and would quietly ignore whatever follows
+    // it; a route document is text, so a NUL anywhere is refused where it stands.
+    std::size_t const nul = text.find('\0');
+    if (nul != std::string::npos) {
+        auto const [line, column] = lineAndColumn(text, nul);
+        throw JsonHostError::AtPosition(source, line, column,
+                                        "not valid JSON: NUL byte at byte offset " + std::to_string(nul));
+    }
     Builder builder;
     bool const parsed = Json::sax_parse(text, &builder, nlohmann::detail::input_format_t::json, true, false);
     if (!parsed) {

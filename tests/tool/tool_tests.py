@@ -5,16 +5,20 @@
 
 Groups: engine-bay, dashboard, machine-cabinet (an example in both layout types and every output
 format, the DXF read back), failures (the loop and disjoint examples), errors (bad documents),
-options (bad options, scales, write failures) and install (the installed tool finds its examples).
+options (bad options, scales, write failures), interruptions (the time limit, SIGINT and SIGTERM)
+and install (the installed tool finds its examples).
 """
 
 import json
 import math
 import os
+import random
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import xml.etree.ElementTree as ET
 
 import ezdxf
@@ -453,6 +457,10 @@ def errors_group():
         ("blank document", "  \n\t\n", ["empty document"]),
         ("not an object", "[1, 2, 3]", ["route document is a JSON object"]),
         ("unknown field", "{\"segments\": [], \"colour\": 1}", ["/colour", "unknown field"]),
+        ("NUL after the document", "{\"segments\": []}\0garbage",
+         ["bad.json:1:17:", "NUL byte at byte offset 16"]),
+        ("NUL alone after the document", "{\"segments\": []}\n\0", ["bad.json:2:1:", "NUL byte"]),
+        ("NUL between tokens", "{\"segments\":\0 []}", ["bad.json:1:13:", "NUL byte at byte offset 12"]),
     ]
 
     @case("bad document")
@@ -578,6 +586,10 @@ def options_group():
         (["-o", "out.txt"], ["unknown output format", "out.txt"]),
         (["-o", "out"], ["unknown output format"]),
         (["--example", "no-such-harness"], ["no example"]),
+        (["--time-limit", "-1"], ["--time-limit", "not a number of seconds"]),
+        (["--time-limit", "nan"], ["--time-limit", "not a number of seconds"]),
+        (["--time-limit", "soon"], ["--time-limit", "not a number of seconds"]),
+        (["--time-limit", "86401"], ["--time-limit", "not a number of seconds"]),
     ]
 
     @case("bad option")
@@ -746,30 +758,153 @@ def options_group():
 
     input_kept()
 
-    @case("time limit")
-    def time_limit():
-        # A large random tree; the layout either finishes within a second or is stopped cleanly.
-        import random
-        rng = random.Random(5)
-        points = [(0.0, 0.0)]
-        segments = []
-        for i in range(1, 1201):
-            a = points[rng.randrange(len(points))]
-            b = (a[0] + rng.uniform(0.05, 0.3), a[1] + rng.uniform(-0.3, 0.3) + i * 1e-4)
-            points.append(b)
-            segments.append({"id": i, "value": 0.005, "entities": [
-                {"kind": "line", "start": [a[0], a[1], 0], "end": [b[0], b[1], 0]}]})
+
+def tree_document(path, count, loop=False):
+    """A random tree of count one-line segments; with loop, one more segment closes a loop, so that
+    the layout stops at its check at once and the outputs draw the whole input sketch."""
+    import random
+    rng = random.Random(5)
+    points = [(0.0, 0.0)]
+    segments = []
+    for i in range(1, count + 1):
+        a = points[rng.randrange(len(points))]
+        b = (a[0] + rng.uniform(0.05, 0.3), a[1] + rng.uniform(-0.3, 0.3) + i * 1e-4)
+        points.append(b)
+        segments.append({"id": i, "value": 0.005, "entities": [
+            {"kind": "line", "start": [a[0], a[1], 0], "end": [b[0], b[1], 0]}]})
+    if loop:
+        a, b = points[1], points[2]
+        segments.append({"id": count + 1, "value": 0.005, "entities": [
+            {"kind": "line", "start": [a[0], a[1], 0], "end": [b[0], b[1], 0]}]})
+    with open(path, "w") as f:
+        json.dump({"segments": segments}, f)
+
+
+def temporaries(folder):
+    return [n for n in os.listdir(folder) if ".tmp-" in n]
+
+
+def interruptions_group():
+    """The time limit and SIGINT/SIGTERM: the run stops, and no output nor temporary file is left.
+    Nothing here asserts that the tool is fast: every limit is far below the work it bounds, and a
+    run that reaches the next step before its limit is retried with a longer one."""
+
+    def expect_timeout(code, err, tmp, kept):
+        check(code == 11, "exit %d, wanted 11: %r" % (code, err))
+        check("--time-limit" in err and "no output written" in err, "message: %r" % err)
+        check(listing(tmp) == kept, "left behind: %s" % listing(tmp))
+
+    @case("time limit while loading")
+    def while_loading():
+        # A document that never arrives: the tool waits on the pipe until the limit ends it.
+        with tempfile.TemporaryDirectory() as tmp:
+            fifo = os.path.join(tmp, "slow.json")
+            os.mkfifo(fifo)
+            code, _, err = run([fifo, "--time-limit", "0.3", "-o", os.path.join(tmp, "x.json")],
+                               timeout=300)
+            expect_timeout(code, err, tmp, ["slow.json"])
+            check("ran out while loading the document" in err, "step named: %r" % err)
+
+    while_loading()
+
+    @case("time limit while laying out")
+    def while_laying_out():
+        # 5,000 segments take several seconds to lay out; loading them takes a small part of that.
         with tempfile.TemporaryDirectory() as tmp:
             path = os.path.join(tmp, "big.json")
-            with open(path, "w") as f:
-                json.dump({"segments": segments}, f)
-            code, _, err = run([path, "--time-limit", "1", "-o", os.path.join(tmp, "x.json")])
-            check(code in (0, 7, 8, 11), "exit %d: %r" % (code, err))
-            if code == 11:
-                check("--time-limit" in err, "message: %r" % err)
-                check(listing(tmp) == ["big.json"], "files left behind: %s" % listing(tmp))
+            tree_document(path, 5000)
+            steps = []
+            for limit in ("0.5", "1", "2"):
+                code, _, err = run([path, "--time-limit", limit, "-o", os.path.join(tmp, "x.json"),
+                                    "-o", os.path.join(tmp, "x.svg")])
+                expect_timeout(code, err, tmp, ["big.json"])
+                steps.append(err)
+                if "ran out while laying out" in err:
+                    break
+            check("ran out while laying out" in steps[-1], "step named: %r" % steps)
 
-    time_limit()
+    while_laying_out()
+
+    @case("time limit while writing")
+    def while_writing():
+        # A loop stops the layout at its check, and the outputs then draw all 2,000 segments:
+        # each PNG takes far longer than everything before it. A JSON output finished before the
+        # limit ran out is not put in place either, and an existing output is left as it was.
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "loop.json")
+            tree_document(path, 2000, loop=True)
+            old = os.path.join(tmp, "old.png")
+            with open(old, "wb") as f:
+                f.write(b"old")
+            outputs = ["-o", os.path.join(tmp, "first.json"), "-o", os.path.join(tmp, "first.dxf")]
+            for i in range(8):
+                outputs += ["-o", os.path.join(tmp, "p%d.png" % i)]
+            outputs += ["-o", old]
+            steps = []
+            for limit in ("1", "2", "4"):
+                code, _, err = run([path, "--time-limit", limit] + outputs)
+                expect_timeout(code, err, tmp, ["loop.json", "old.png"])
+                steps.append(err)
+                if "ran out while writing " + os.path.join(tmp, "p") in err:
+                    break
+            check("ran out while writing " + os.path.join(tmp, "p") in steps[-1],
+                  "step named: %r" % steps)
+            with open(old, "rb") as f:
+                check(f.read() == b"old", "the existing output was changed")
+
+    while_writing()
+
+    @case("no time limit")
+    def no_limit():
+        # 0 disables the limit; a limit the run stays within changes nothing.
+        with tempfile.TemporaryDirectory() as tmp:
+            out = os.path.join(tmp, "x.json")
+            code, _, err = run([os.path.join(EXAMPLES, "engine-bay.json"), "--time-limit", "0", "-o", out])
+            check(code == 0 and os.path.isfile(out), "exit %d: %r" % (code, err))
+            os.remove(out)
+            code, _, err = run([os.path.join(EXAMPLES, "engine-bay.json"), "--time-limit", "600.5",
+                                "-o", out, "-o", os.path.join(tmp, "x.svg")])
+            check(code == 0 and listing(tmp) == ["x.json", "x.svg"], "exit %d: %r" % (code, err))
+
+    no_limit()
+
+    @case("killed")
+    def killed(signum):
+        # Sent once the first temporary file exists: the outputs are then being written, and the
+        # first one stays a temporary file until all of them are complete. A run that ends before
+        # one is seen is repeated with more outputs.
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "loop.json")
+            tree_document(path, 2000, loop=True)
+            for pngs in (4, 16, 64):
+                outputs = ["-o", os.path.join(tmp, "first.json")]
+                for i in range(pngs):
+                    outputs += ["-o", os.path.join(tmp, "p%d.png" % i)]
+                proc = subprocess.Popen(
+                    [TOOL, path, "--time-limit", "0"] + outputs, stdout=subprocess.PIPE,
+                    stderr=subprocess.PIPE,
+                    # SIGINT may be ignored in a background job; the tool would keep it so.
+                    preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
+                deadline = time.monotonic() + 120
+                while proc.poll() is None and not temporaries(tmp) and time.monotonic() < deadline:
+                    time.sleep(0.01)
+                if proc.poll() is not None:
+                    proc.communicate()
+                    for name in listing(tmp):
+                        if name != "loop.json":
+                            os.remove(os.path.join(tmp, name))
+                    continue
+                check(temporaries(tmp), "no temporary file within two minutes")
+                proc.send_signal(signum)
+                _, err = proc.communicate(timeout=300)
+                check(proc.returncode in (-signum, 128 + signum),
+                      "exit %d, wanted death by signal %d: %r" % (proc.returncode, signum, err))
+                check(listing(tmp) == ["loop.json"], "left behind: %s" % listing(tmp))
+                return
+            raise AssertionError("every run finished before its first temporary file was seen")
+
+    killed(signal.SIGTERM)
+    killed(signal.SIGINT)
 
 
 def install_group(build_dir):
@@ -817,6 +952,8 @@ def main():
         errors_group()
     elif group == "options":
         options_group()
+    elif group == "interruptions":
+        interruptions_group()
     elif group == "install":
         install_group(sys.argv[3] if len(sys.argv) > 3 else "")
     else:

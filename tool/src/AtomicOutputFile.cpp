@@ -1,5 +1,7 @@
 #include "AtomicOutputFile.h"
 
+#include "RunGuard.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -36,10 +38,18 @@ AtomicOutputFile::AtomicOutputFile(std::string path) : path_(std::move(path))
     std::string templ = dir + "." + base + ".tmp-XXXXXX";
     std::vector<char> name(templ.begin(), templ.end());
     name.push_back('\0');
-    int const fd = ::mkstemp(name.data());
+    int fd = -1;
+    {
+        // Registered before a signal can come in, so that an interrupted run removes it.
+        RunGuard::SignalBlock block;
+        fd = ::mkstemp(name.data());
+        if (fd >= 0) {
+            temporary_ = name.data();
+            slot_ = RunGuard::registerTemporary(temporary_);
+        }
+    }
     if (fd < 0)
         throw std::runtime_error(systemError("create a file next to", path_, errno));
-    temporary_ = name.data();
     // mkstemp makes the file private; give it the permissions a new file would get.
     mode_t const mask = ::umask(0);
     ::umask(mask);
@@ -63,13 +73,18 @@ void AtomicOutputFile::discard()
 {
     if (stream_.is_open())
         stream_.close();
+    RunGuard::SignalBlock block;
     if (!temporary_.empty())
         std::remove(temporary_.c_str());
     temporary_.clear();
+    RunGuard::unregisterTemporary(slot_);
+    slot_ = -1;
 }
 
-void AtomicOutputFile::commit()
+void AtomicOutputFile::close()
 {
+    if (!stream_.is_open())
+        return;
     stream_.flush();
     bool const ok = static_cast<bool>(stream_);
     stream_.close();
@@ -77,11 +92,19 @@ void AtomicOutputFile::commit()
         discard();
         throw std::runtime_error("cannot write '" + path_ + "': write error (disk full?)");
     }
+}
+
+void AtomicOutputFile::commit()
+{
+    close();
+    RunGuard::SignalBlock block;
     if (std::rename(temporary_.c_str(), path_.c_str()) != 0) {
         int const e = errno;
         discard();
         throw std::runtime_error(systemError("replace", path_, e));
     }
+    RunGuard::unregisterTemporary(slot_);
+    slot_ = -1;
     committed_ = true;
 }
 

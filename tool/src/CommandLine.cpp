@@ -36,8 +36,9 @@ converted to those units.
 Exit codes: 0 done; 1-6 the host could not provide the route sketch (the run's status);
 7 the sketch has a closed loop; 8 the sketch has disjoint pieces; 2 bad options;
 3 the document cannot be read, is malformed or too large for the grid; 9 an output
-file could not be written; 10 an internal error; 11 the layout exceeded --time-limit.
-Outputs are still written when a check fails.)";
+file could not be written; 10 an internal error; 11 the run (reading, layout and writing)
+exceeded --time-limit, and no output was written. Outputs are still written when a check fails.
+Interrupted (SIGINT, SIGTERM), the tool removes its temporary files and dies of the signal.)";
 
 std::string lower(std::string s)
 {
@@ -124,6 +125,7 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
     std::string scale = "fit";
     bool noRelations = false;
     bool noFillets = false;
+    std::string timeLimit = "600";
 
     app.add_option("DOCUMENT", options.document,
                    "Route document (JSON). Without one the bundled engine-bay example is laid out")
@@ -163,11 +165,11 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
         ->type_name("SCALE")
         ->capture_default_str();
     app.add_flag("-q,--quiet", options.quiet, "Print nothing but errors");
-    app.add_option("--time-limit", options.timeLimit,
-                   "Give up when the layout takes longer than SECONDS (0: no limit)")
+    app.add_option("--time-limit", timeLimit,
+                   "Give up when the run (reading, layout, writing) takes longer than SECONDS, "
+                   "which may have decimals (0: no limit)")
         ->type_name("SECONDS")
-        ->capture_default_str()
-        ->check(CLI::Range(0u, 86400u));
+        ->capture_default_str();
 
     try {
         app.parse(argc, argv);
@@ -243,6 +245,11 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
 
     if (!parseScale(scale, options.paperScale))
         return fail("--scale: '" + scale + "' is not a scale (fit, 1:1, 1:10, ...)");
+
+    if (!parseNumber(timeLimit, options.timeLimit) || !std::isfinite(options.timeLimit) ||
+        options.timeLimit < 0.0 || options.timeLimit > 86400.0)
+        return fail("--time-limit: '" + timeLimit +
+                    "' is not a number of seconds from 0 (no limit) to 86400");
 
     options.relations = !noRelations;
     options.fillets = !noFillets;

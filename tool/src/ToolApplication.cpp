@@ -7,48 +7,20 @@
 #include "ExampleLocator.h"
 #include "LayoutSession.h"
 #include "ResultDocument.h"
+#include "RunGuard.h"
 #include "UnitFormat.h"
 
 #include <JsonHostError.h>
 
 #include <exception>
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <ostream>
 #include <stdexcept>
-
-#include <csignal>
-#include <signal.h>
-#include <unistd.h>
+#include <vector>
 
 namespace krtool {
-
-namespace {
-
-char const kTimeLimitMessage[] = "krlayout: the layout did not finish within --time-limit; stopped\n";
-
-extern "C" void onTimeLimit(int)
-{
-    // Only async-signal-safe calls here.
-    ssize_t const n = ::write(STDERR_FILENO, kTimeLimitMessage, sizeof kTimeLimitMessage - 1);
-    (void)n;
-    ::_exit(ToolApplication::kTimeLimit);
-}
-
-}  // namespace
-
-void ToolApplication::armTimeLimit(unsigned seconds)
-{
-    if (seconds == 0) {
-        ::alarm(0);
-        return;
-    }
-    struct sigaction action {};
-    action.sa_handler = onTimeLimit;
-    sigemptyset(&action.sa_mask);
-    ::sigaction(SIGALRM, &action, nullptr);
-    ::alarm(seconds);
-}
 
 ToolApplication::ToolApplication(std::ostream& out, std::ostream& err) : out_(out), err_(err) {}
 
@@ -59,6 +31,12 @@ int ToolApplication::run(int argc, char const* const* argv)
         int const code = CommandLine::parse(argc, argv, options, out_, err_);
         if (code != CommandLine::kContinue)
             return code;
+        // The limit bounds everything from reading the document to the last output renamed into
+        // place; the timer stops once the outputs are in place, or on the way out otherwise.
+        struct TimerStop {
+            ~TimerStop() { RunGuard::stopTimer(); }
+        } timerStop;
+        RunGuard::start(options.timeLimit);
         return execute(options);
     } catch (std::bad_alloc const&) {
         err_ << "krlayout: out of memory\n";
@@ -117,6 +95,7 @@ int ToolApplication::execute(ToolOptions& options)
 
     LayoutResult result;
     try {
+        RunGuard::setStep(RunGuard::Step::Loading);
         LayoutSession session(source);
         std::string const problem = session.sizeProblem(options);
         if (!problem.empty()) {
@@ -126,21 +105,49 @@ int ToolApplication::execute(ToolOptions& options)
         if (options.hasFeature && !session.hasFeature(options.feature))
             err_ << "krlayout: warning: " << source << " has no feature named '" << options.feature
                  << "'; laid out without coincident relations\n";
-        // Nothing has been written yet, so a layout that runs too long can end the process.
+        // The time limit ends the process without flushing the streams.
         err_.flush();
-        out_.flush();
-        armTimeLimit(options.timeLimit);
+        RunGuard::setStep(RunGuard::Step::LayingOut);
         result = session.run(options, options.units, options.metresPerUnit);
-        armTimeLimit(0);
     } catch (JsonHostError const& e) {
         err_ << "krlayout: " << e.what() << "\n";
         return kBadDocument;
     }
+    RunGuard::setStep(RunGuard::Step::Measuring);
     QualityReport const report = QualityReport::measure(result);
 
+    // Every output is written to its temporary file first and the files are renamed into place
+    // together at the end, so that a run stopped by the time limit replaces none of them.
     bool written = true;
-    for (std::string const& path : options.outputs)
-        written = writeOutput(path, result, report, options, source) && written;
+    std::vector<std::unique_ptr<AtomicOutputFile>> finished;
+    for (std::string const& path : options.outputs) {
+        RunGuard::setStep(RunGuard::Step::Writing, path);
+        std::unique_ptr<AtomicOutputFile> file = writeOutput(path, result, report, options, source);
+        if (file)
+            finished.push_back(std::move(file));
+        else
+            written = false;
+    }
+    RunGuard::setStep(RunGuard::Step::Replacing);
+    std::vector<std::string> replaced;
+    {
+        RunGuard::SignalBlock block;
+        RunGuard::expireIfDue();
+        for (std::unique_ptr<AtomicOutputFile>& file : finished) {
+            try {
+                file->commit();
+                replaced.push_back(file->path());
+            } catch (std::runtime_error const& e) {
+                err_ << "krlayout: " << e.what() << "\n";
+                written = false;
+            }
+        }
+        RunGuard::stopTimer();
+    }
+    if (!options.quiet) {
+        for (std::string const& path : replaced)
+            out_ << "wrote " << path << "\n";
+    }
 
     if (result.status != 0)
         printFailure(result, source);
@@ -154,15 +161,17 @@ int ToolApplication::execute(ToolOptions& options)
     return written ? 0 : kWriteFailed;
 }
 
-bool ToolApplication::writeOutput(std::string const& path, LayoutResult const& result,
-                                  QualityReport const& report, ToolOptions const& options,
-                                  std::string const& source)
+std::unique_ptr<AtomicOutputFile> ToolApplication::writeOutput(std::string const& path,
+                                                              LayoutResult const& result,
+                                                              QualityReport const& report,
+                                                              ToolOptions const& options,
+                                                              std::string const& source)
 {
     std::string ext;
     CommandLine::knownExtension(path, ext);
     try {
-        AtomicOutputFile file(path);
-        std::ostream& os = file.stream();
+        auto file = std::make_unique<AtomicOutputFile>(path);
+        std::ostream& os = file->stream();
         if (ext == ".json") {
             ResultDocument::write(os, result, report, source);
         } else if (ext == ".dxf") {
@@ -176,14 +185,12 @@ bool ToolApplication::writeOutput(std::string const& path, LayoutResult const& r
             drawing.createdAt = options.pdfCreatedAt;
             DrawingRenderer::render(os, result, report, drawing);
         }
-        file.commit();
+        file->close();
+        return file;
     } catch (std::runtime_error const& e) {
         err_ << "krlayout: " << e.what() << "\n";
-        return false;
+        return nullptr;
     }
-    if (!options.quiet)
-        out_ << "wrote " << path << "\n";
-    return true;
 }
 
 void ToolApplication::printSummary(LayoutResult const& result, QualityReport const& report,

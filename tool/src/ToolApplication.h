@@ -7,9 +7,12 @@
 #include "ToolOptions.h"
 
 #include <iosfwd>
+#include <memory>
 #include <string>
 
 namespace krtool {
+
+class AtomicOutputFile;
 
 class ToolApplication {
 public:
@@ -26,14 +29,15 @@ public:
 
 private:
     int execute(ToolOptions& options);
-    // Ends the process with kTimeLimit when the layout runs longer than seconds (0 disarms).
-    static void armTimeLimit(unsigned seconds);
     // The document to lay out: the one given, a named example or the default example.
     bool resolveDocument(ToolOptions const& options, std::string& path, int& exitCode);
-    // Writes one output through a temporary file; false (with a message) when it failed.
-    bool writeOutput(std::string const& path, LayoutResult const& result,
-                     QualityReport const& report, ToolOptions const& options,
-                     std::string const& source);
+    // Writes one output to its temporary file, complete and closed but not yet in place; null
+    // (with a message) when it failed.
+    std::unique_ptr<AtomicOutputFile> writeOutput(std::string const& path,
+                                                  LayoutResult const& result,
+                                                  QualityReport const& report,
+                                                  ToolOptions const& options,
+                                                  std::string const& source);
     void printSummary(LayoutResult const& result, QualityReport const& report,
                       std::string const& source) const;
     void printFailure(LayoutResult const& result, std::string const& source) const;

@@ -29,7 +29,7 @@ struct ToolOptions {
     double paperScale = 0.0;              // PDF/SVG paper length per model length; 0 = fit
     long long pdfCreatedAt = -1;          // PDF creation date from SOURCE_DATE_EPOCH; -1 = none
     bool quiet = false;
-    unsigned timeLimit = 600;             // seconds the layout may take; 0 = no limit
+    double timeLimit = 600.0;             // seconds the whole run may take; 0 = no limit
 };
 
 }  // namespace krtool
