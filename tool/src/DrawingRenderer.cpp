@@ -1,5 +1,6 @@
 #include "DrawingRenderer.h"
 
+#include "DroppedSegments.h"
 #include "Geometry2D.h"
 #include "LabelPlacer.h"
 #include "UnitFormat.h"
@@ -48,6 +49,22 @@ cairo_status_t writeToStream(void* closure, unsigned char const* data, unsigned 
     auto* out = static_cast<std::ostream*>(closure);
     out->write(reinterpret_cast<char const*>(data), static_cast<std::streamsize>(length));
     return out->good() ? CAIRO_STATUS_SUCCESS : CAIRO_STATUS_WRITE_ERROR;
+}
+
+// Text with the characters XML gives a meaning escaped.
+std::string xmlText(std::string const& s)
+{
+    std::string out;
+    for (char c : s) {
+        switch (c) {
+        case '&': out += "&amp;"; break;
+        case '<': out += "&lt;"; break;
+        case '>': out += "&gt;"; break;
+        case '"': out += "&quot;"; break;
+        default: out += c;
+        }
+    }
+    return out;
 }
 
 bool finite(Point2 const& p)
@@ -100,6 +117,9 @@ private:
     void drawEnds(cairo_t* cr);
     void placeAndDrawLabels(cairo_t* cr);
     void drawHeader(cairo_t* cr);
+    // The status line under the title; banner is set when it must stand out as a red banner
+    // (the layout lost segments).
+    std::string statusLine(bool& banner) const;
     void drawScaleBar(cairo_t* cr);
 
     bool failedSegment(long id) const
@@ -617,15 +637,62 @@ void Painter::drawHeader(cairo_t* cr)
              << (result_.relations ? "on" : "off");
     text(kMarginX, 46, 9, false, line.str());
 
+    bool banner = false;
+    std::string const status = statusLine(banner);
+    if (banner) {
+        // A red banner across the sheet, the text shrunk until it fits.
+        double const left = kMarginX - 4.0;
+        double const width = pageWidth_ - 2.0 * left;
+        double font = 9.5;
+        cairo_select_font_face(cr, "DejaVu Sans", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
+        for (;;) {
+            cairo_set_font_size(cr, font);
+            cairo_text_extents_t te;
+            cairo_text_extents(cr, status.c_str(), &te);
+            if (te.x_advance <= width - 8.0 || font <= 5.0)
+                break;
+            font *= 0.92;
+        }
+        setColour(cr, kFailed);
+        cairo_rectangle(cr, left, 50.0, width, 17.0);
+        cairo_fill(cr);
+        cairo_set_source_rgb(cr, 1.0, 1.0, 1.0);
+        text(kMarginX, 62, font, true, status);
+        return;
+    }
+    if (result_.status == 0 && result_.laidOut)
+        setColour(cr, {0.10, 0.45, 0.15});
+    else
+        setColour(cr, kFailed);
+    text(kMarginX, 62, 9.5, true, status);
+}
+
+std::string Painter::statusLine(bool& banner) const
+{
+    using Reason = DroppedSegment::Reason;
     std::ostringstream status;
-    if (result_.status == 0 && result_.laidOut) {
+    size_t const lost = DroppedSegments::count(result_, Reason::FinalCheck);
+    size_t const cleaned = DroppedSegments::count(result_, Reason::MultiPinCleanUp);
+    size_t const total = result_.segments.size() + result_.removedIds.size();
+    banner = false;
+    if (result_.status == 0 && result_.laidOut && lost > 0) {
+        banner = true;
+        status << "INCOMPLETE: " << lost << " of " << total << " segments missing, "
+               << DroppedSegments::reasonText(Reason::FinalCheck) << ": "
+               << DroppedSegments::idList(result_, Reason::FinalCheck, 24);
+        if (cleaned > 0)
+            status << "  \u00b7  " << cleaned << " removed by the multi-pin clean-up: "
+                   << DroppedSegments::idList(result_, Reason::MultiPinCleanUp, 12);
+    } else if (result_.status == 0 && result_.laidOut) {
         Extent const e = extent_;
         status << "OK  \u00b7  " << result_.segments.size() << " segments  \u00b7  "
                << report_.crossingPairs() << " crossing pairs  \u00b7  "
                << report_.overlaps().size() << " overlapping pieces  \u00b7  extent "
                << UnitFormat::length(e.width(), result_.units) << " \u00d7 "
                << UnitFormat::length(e.height(), result_.units);
-        setColour(cr, {0.10, 0.45, 0.15});
+        if (cleaned > 0)
+            status << "  \u00b7  " << cleaned << " removed by the multi-pin clean-up: "
+                   << DroppedSegments::idList(result_, Reason::MultiPinCleanUp, 12);
     } else {
         status << "Failed (status " << result_.status << "): " << result_.statusText;
         if (!result_.failedIds.empty()) {
@@ -641,9 +708,8 @@ void Painter::drawHeader(cairo_t* cr)
         }
         if (!result_.laidOut)
             status << "  \u00b7  input sketch shown";
-        setColour(cr, kFailed);
     }
-    text(kMarginX, 62, 9.5, true, status.str());
+    return status.str();
 }
 
 void Painter::drawScaleBar(cairo_t* cr)
@@ -706,9 +772,12 @@ void Painter::render(std::ostream& out)
     planPage();
     SurfacePtr surface;
     double zoom = 1.0;
+    // cairo draws text in SVG as glyph outlines; the SVG is held back to give it a title and a
+    // description with the status line in plain text, for readers and searches.
+    std::ostringstream svg;
     switch (options_.format) {
     case DrawingRenderer::Format::Svg:
-        surface.reset(cairo_svg_surface_create_for_stream(writeToStream, &out, pageWidth_,
+        surface.reset(cairo_svg_surface_create_for_stream(writeToStream, &svg, pageWidth_,
                                                           pageHeight_));
         break;
     case DrawingRenderer::Format::Pdf:
@@ -752,6 +821,21 @@ void Painter::render(std::ostream& out)
     if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)
         throw std::runtime_error(std::string("cannot write the drawing: ") +
                                  cairo_status_to_string(cairo_surface_status(surface.get())));
+    if (options_.format == DrawingRenderer::Format::Svg) {
+        std::string text = svg.str();
+        std::string::size_type const root = text.find("<svg");
+        std::string::size_type const open = root == std::string::npos ? root : text.find('>', root);
+        if (open == std::string::npos)
+            throw std::runtime_error("cannot write the drawing: cairo made no SVG root element");
+        bool banner = false;
+        std::string const title = result_.documentName.empty() ? "Route layout" : result_.documentName;
+        std::string const head = "\n<title>" + xmlText(title) + "</title>\n<desc>" +
+                                 xmlText(statusLine(banner)) + "</desc>";
+        text.insert(open + 1, head);
+        out.write(text.data(), static_cast<std::streamsize>(text.size()));
+        if (!out.good())
+            throw std::runtime_error("cannot write the drawing");
+    }
 }
 
 }  // namespace

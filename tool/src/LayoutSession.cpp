@@ -1,6 +1,7 @@
 #include "LayoutSession.h"
 
 #include "ConnectorPlacer.h"
+#include "DroppedSegments.h"
 #include "FilletGeometry.h"
 #include "Geometry2D.h"
 #include "TextCodec.h"
@@ -348,10 +349,14 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
             }
             result.segments.push_back(std::move(seg));
         }
-        for (auto const& [id, s] : input) {
-            (void)s;
+        // What is left of the input is missing from the result; the kept segments still carry
+        // their input lines, which tell the multi-pin clean-up's removals from the others.
+        std::vector<ResultSegment> missing;
+        for (auto& [id, s] : input) {
             result.removedIds.push_back(id);
+            missing.push_back(std::move(s));
         }
+        result.dropped = DroppedSegments::classify(missing, result.segments, componentTexts());
 
         // Relations by line, and fillets by the joint of two consecutive lines.
         std::map<std::pair<long, long>, std::pair<size_t, size_t>> where;
