@@ -555,6 +555,30 @@ def errors_group():
 
     too_large()
 
+    @case("grid coarser than the route refused")
+    def coarse_grid():
+        # The engine-bay harness spans 1.8 m x 0.691 m: no spacing may exceed 1.8 m.
+        doc_path = os.path.join(EXAMPLES, "engine-bay.json")
+        for extra, spacing, which in ((["--grid", "1e300"], "1e+300 m", "the grid spacing,"),
+                                      (["--grid-x", "1e308", "--grid-y", "1e-3"], "1e+308 m", "along x"),
+                                      (["--grid", "0.02,1.81"], "1.81 m", "along y")):
+            with tempfile.TemporaryDirectory() as tmp:
+                args = [doc_path] + extra
+                for ext in FORMATS:
+                    args += ["-o", os.path.join(tmp, "out" + ext)]
+                code, out, err = run(args)
+                check(code == 3, "%s: exit %d: %r" % (extra, code, err))
+                check(err.startswith("krlayout: " + doc_path + ": "), "names the document: %r" % err)
+                for text in (which, spacing, "larger than the whole extent of the route, 1.8 m",
+                             "1.8 x 0.691 m", "at most 1.8 m"):
+                    check(text in err, "%s: message lacks %r: %r" % (extra, text, err))
+                check(out == "" and listing(tmp) == [], "%s: nothing written: %s" % (extra, listing(tmp)))
+        # A spacing as large as the extent still runs.
+        code, _, err = run([doc_path, "--grid", "1.8", "-q"])
+        check(code == 0, "--grid 1.8: exit %d: %r" % (code, err))
+
+    coarse_grid()
+
     @case("absurd length refused")
     def absurd_length():
         # One segment of 1e12 m on the default 0.02 m grid: 5e13 lattice nodes, far beyond the

@@ -31,8 +31,8 @@ converted to those units.
 
 Exit codes: 0 done; 1-6 the host could not provide the route sketch (the run's status);
 7 the sketch has a closed loop; 8 the sketch has disjoint pieces; 2 bad options;
-3 the document cannot be read, is malformed or too large for the grid; 9 an output
-file could not be written; 10 an internal error; 11 the layout
+3 the document cannot be read, is malformed, too large for the grid or smaller than a
+grid step; 9 an output file could not be written; 10 an internal error; 11 the layout
 exceeded --time-limit; 12 the layout lost segments (named on stderr, in the JSON and
 the drawings). Outputs are still written when a check fails or segments are lost.)";
 

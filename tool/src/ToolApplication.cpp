@@ -119,7 +119,9 @@ int ToolApplication::execute(ToolOptions& options)
     LayoutResult result;
     try {
         LayoutSession session(source);
-        std::string const problem = session.sizeProblem(options);
+        std::string problem = session.gridProblem(options);
+        if (problem.empty())
+            problem = session.sizeProblem(options);
         if (!problem.empty()) {
             err_ << "krlayout: " << problem << "\n";
             return kBadDocument;
