@@ -16,7 +16,7 @@ if [[ -z "$py" ]]; then
   echo "no python3 with ezdxf found (apt-get install python3-ezdxf)" >&2
   exit 1
 fi
-for tool in rsvg-convert pdfinfo; do
+for tool in rsvg-convert pdfinfo pdftotext; do
   if ! command -v "$tool" >/dev/null 2>&1; then
     echo "$tool not found (apt-get install librsvg2-bin poppler-utils)" >&2
     exit 1

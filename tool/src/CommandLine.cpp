@@ -35,10 +35,12 @@ converted to those units.
 
 Exit codes: 0 done; 1-6 the host could not provide the route sketch (the run's status);
 7 the sketch has a closed loop; 8 the sketch has disjoint pieces; 2 bad options;
-3 the document cannot be read, is malformed or too large for the grid; 9 an output
-file could not be written; 10 an internal error; 11 the run (reading, layout and writing)
-exceeded --time-limit, and no output was written. Outputs are still written when a check fails.
-Interrupted (SIGINT, SIGTERM), the tool removes its temporary files and dies of the signal.)";
+3 the document cannot be read, is malformed, too large for the grid or smaller than a
+grid step; 9 an output file could not be written; 10 an internal error; 11 the run
+(reading, layout and writing) exceeded --time-limit, and no output was written;
+12 the layout lost segments (named on stderr, in the JSON and the drawings). Outputs are still
+written when a check fails or segments are lost. Interrupted (SIGINT, SIGTERM), the tool
+removes its temporary files and dies of the signal.)";
 
 std::string lower(std::string s)
 {

@@ -27,8 +27,9 @@ Key keyOf(Point2 const& p)
     return {cell(p.x), cell(p.y)};
 }
 
-// The two chain ends of a segment: the end points met an odd number of times by its lines.
-std::vector<Point2> chainEnds(std::vector<std::pair<Point2, Point2>> const& lines)
+}  // namespace
+
+std::vector<Point2> ConnectorPlacer::chainEnds(std::vector<std::pair<Point2, Point2>> const& lines)
 {
     std::map<Key, std::pair<int, Point2>> seen;
     std::vector<Key> order;
@@ -55,8 +56,6 @@ std::vector<Point2> chainEnds(std::vector<std::pair<Point2, Point2>> const& line
     }
     return ends;
 }
-
-}  // namespace
 
 std::vector<std::pair<std::string, std::string>> ConnectorPlacer::parse(std::string const& text)
 {

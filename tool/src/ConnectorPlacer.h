@@ -22,6 +22,11 @@ public:
     // sketch when nothing was laid out.
     static void place(LayoutResult& result, std::map<long, std::string> const& componentMap);
 
+    // The free ends of a chain of lines: the end points met an odd number of times (points
+    // within 10 times the library's tolerance are one). Both ends of the first and last line
+    // when every point is met an even number of times (a closed chain).
+    static std::vector<Point2> chainEnds(std::vector<std::pair<Point2, Point2>> const& lines);
+
     // "X12@ECU (1-4)": the connector with its pins.
     static std::string displayName(std::string const& connector, std::string const& pin);
 };

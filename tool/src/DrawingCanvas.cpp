@@ -280,6 +280,13 @@ void DrawingCanvas::endGroup()
         *svg_ << "</g>\n";
 }
 
+void DrawingCanvas::describe(std::string const& title, std::string const& description)
+{
+    if (svg_)
+        *svg_ << "<title>" << xmlText(title.c_str()) << "</title>\n<desc>"
+              << xmlText(description.c_str()) << "</desc>\n";
+}
+
 void DrawingCanvas::finishSvg()
 {
     if (svg_)

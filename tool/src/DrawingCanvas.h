@@ -47,6 +47,9 @@ public:
     // A group of what is drawn until endGroup(); `attributes` go into the SVG <g> as they are.
     void beginGroup(std::string const& attributes);
     void endGroup();
+    // The drawing's title and description (SVG only; call before drawing): the status line goes
+    // there as plain text too, for readers and searches.
+    void describe(std::string const& title, std::string const& description);
 
     void finishSvg();
 

@@ -1,6 +1,7 @@
 #include "DrawingRenderer.h"
 
 #include "DrawingCanvas.h"
+#include "DroppedSegments.h"
 #include "Geometry2D.h"
 #include "LabelPlacer.h"
 #include "UnitFormat.h"
@@ -101,6 +102,9 @@ private:
     void drawEnds(DrawingCanvas& cr);
     void placeAndDrawLabels(DrawingCanvas& cr);
     void drawHeader(DrawingCanvas& cr);
+    // The status line under the title; banner is set when it must stand out as a red banner
+    // (the layout lost segments).
+    std::string statusLine(bool& banner) const;
     void drawScaleBar(DrawingCanvas& cr);
 
     bool failedSegment(long id) const
@@ -617,15 +621,62 @@ void Painter::drawHeader(DrawingCanvas& cr)
              << (result_.relations ? "on" : "off");
     text(kMarginX, 46, 9, false, line.str());
 
+    bool banner = false;
+    std::string const status = statusLine(banner);
+    if (banner) {
+        // A red banner across the sheet, the text shrunk until it fits.
+        double const left = kMarginX - 4.0;
+        double const width = pageWidth_ - 2.0 * left;
+        double font = 9.5;
+        cr.selectFont(true);
+        for (;;) {
+            cr.setFontSize(font);
+            cairo_text_extents_t te;
+            cr.textExtents(status.c_str(), &te);
+            if (te.x_advance <= width - 8.0 || font <= 5.0)
+                break;
+            font *= 0.92;
+        }
+        setColour(cr, kFailed);
+        cr.rectangle(left, 50.0, width, 17.0);
+        cr.fill();
+        cr.setSourceRgb(1.0, 1.0, 1.0);
+        text(kMarginX, 62, font, true, status);
+        return;
+    }
+    if (result_.status == 0 && result_.laidOut)
+        setColour(cr, {0.10, 0.45, 0.15});
+    else
+        setColour(cr, kFailed);
+    text(kMarginX, 62, 9.5, true, status);
+}
+
+std::string Painter::statusLine(bool& banner) const
+{
+    using Reason = DroppedSegment::Reason;
     std::ostringstream status;
-    if (result_.status == 0 && result_.laidOut) {
+    size_t const lost = DroppedSegments::count(result_, Reason::FinalCheck);
+    size_t const cleaned = DroppedSegments::count(result_, Reason::MultiPinCleanUp);
+    size_t const total = result_.segments.size() + result_.removedIds.size();
+    banner = false;
+    if (result_.status == 0 && result_.laidOut && lost > 0) {
+        banner = true;
+        status << "INCOMPLETE: " << lost << " of " << total << " segments missing, "
+               << DroppedSegments::reasonText(Reason::FinalCheck) << ": "
+               << DroppedSegments::idList(result_, Reason::FinalCheck, 24);
+        if (cleaned > 0)
+            status << "  \u00b7  " << cleaned << " removed by the multi-pin clean-up: "
+                   << DroppedSegments::idList(result_, Reason::MultiPinCleanUp, 12);
+    } else if (result_.status == 0 && result_.laidOut) {
         Extent const e = extent_;
         status << "OK  \u00b7  " << result_.segments.size() << " segments  \u00b7  "
                << report_.crossingPairs() << " crossing pairs  \u00b7  "
                << report_.overlaps().size() << " overlapping pieces  \u00b7  extent "
                << UnitFormat::length(e.width(), result_.units) << " \u00d7 "
                << UnitFormat::length(e.height(), result_.units);
-        setColour(cr, {0.10, 0.45, 0.15});
+        if (cleaned > 0)
+            status << "  \u00b7  " << cleaned << " removed by the multi-pin clean-up: "
+                   << DroppedSegments::idList(result_, Reason::MultiPinCleanUp, 12);
     } else {
         status << "Failed (status " << result_.status << "): " << result_.statusText;
         if (!result_.failedIds.empty()) {
@@ -641,9 +692,8 @@ void Painter::drawHeader(DrawingCanvas& cr)
         }
         if (!result_.laidOut)
             status << "  \u00b7  input sketch shown";
-        setColour(cr, kFailed);
     }
-    text(kMarginX, 62, 9.5, true, status.str());
+    return status.str();
 }
 
 void Painter::drawScaleBar(DrawingCanvas& cr)
@@ -756,6 +806,9 @@ void Painter::render(std::ostream& out)
         std::unique_ptr<DrawingCanvas> canvas =
             svg ? std::make_unique<DrawingCanvas>(out, cr, pageWidth_, pageHeight_)
                 : std::make_unique<DrawingCanvas>(cr);
+        bool banner = false;
+        canvas->describe(result_.documentName.empty() ? "Route layout" : result_.documentName,
+                         statusLine(banner));
         drawBackground(*canvas);
         drawGrid(*canvas);
         drawSegments(*canvas);

@@ -59,6 +59,22 @@ struct ResultSegment {
     std::vector<std::string> connectorNames;  // from the component map, in map order
 };
 
+// A segment of the document that the layout result does not hold, and why it is missing.
+struct DroppedSegment {
+    enum class Reason {
+        // The multi-pin clean-up kept only the longest of several segments that run between the
+        // same two points to one connector: deliberate, the kept segment stands for it.
+        MultiPinCleanUp,
+        // The layout's final check deleted it after placing it (a laid-out line that ended on
+        // the grid node it started from): the result lacks the segment.
+        FinalCheck,
+    };
+    long id = 0;
+    Reason reason = Reason::FinalCheck;
+    long keptId = 0;                      // MultiPinCleanUp: the segment kept in its place
+    std::string connector;                // MultiPinCleanUp: the connector both run to
+};
+
 struct LayoutResult {
     std::string documentName;
     std::string units = "m";
@@ -80,6 +96,8 @@ struct LayoutResult {
     bool laidOut = false;                 // false: segments hold the input sketch only
     // Segments of the document that the layout result does not list (dropped by its clean-up).
     std::vector<long> removedIds;
+    // The same segments, in the same order, each with the reason it is missing.
+    std::vector<DroppedSegment> dropped;
     // What the host was asked to do: name and count, in a fixed order.
     std::vector<std::pair<std::string, long>> hostCounters;
 

@@ -1,6 +1,7 @@
 #include "LayoutSession.h"
 
 #include "ConnectorPlacer.h"
+#include "DroppedSegments.h"
 #include "FilletGeometry.h"
 #include "Geometry2D.h"
 #include "TextCodec.h"
@@ -182,6 +183,55 @@ std::string LayoutSession::sizeProblem(ToolOptions const& options) const
     return path_ + ": " + buf;
 }
 
+Extent LayoutSession::inputExtent() const
+{
+    Extent extent;
+    for (JsonHostModel::Segment const& s : document_->model().segments) {
+        for (JsonHostModel::Entity const& e : s.entities) {
+            if (!e.hasCurve())
+                continue;
+            extent.add(flat(e.curveStart()));
+            extent.add(flat(e.curveEnd()));
+        }
+    }
+    return extent;
+}
+
+std::string LayoutSession::gridProblem(ToolOptions const& options) const
+{
+    Extent const extent = inputExtent();
+    if (extent.empty)
+        return std::string();
+    // Halves first: the difference of two huge coordinates must not overflow.
+    double const span = 2.0 * std::max(extent.maxX / 2.0 - extent.minX / 2.0,
+                                       extent.maxY / 2.0 - extent.minY / 2.0);
+    // A sketch that is a single point has nothing a spacing could be measured against.
+    if (!(span > 0.0))
+        return std::string();
+    char const* which = nullptr;
+    double spacing = 0.0;
+    if (options.gridX > span) {
+        which = options.gridX == options.gridY ? "the grid spacing" : "the grid spacing along x";
+        spacing = options.gridX;
+    } else if (options.gridY > span) {
+        which = "the grid spacing along y";
+        spacing = options.gridY;
+    } else {
+        return std::string();
+    }
+    char const* units = options.units.c_str();
+    char buf[640];
+    std::snprintf(buf, sizeof buf,
+                  "%s, %.6g %s, is larger than the whole extent of the "
+                  "route, %.6g %s (the longer side of its bounding box, %.6g x %.6g %s): a single "
+                  "grid step reaches past the whole route, so the layout cannot lay the "
+                  "segments out at their lengths and may lose some; give a spacing of at most %.6g %s (--grid, --grid-x, "
+                  "--grid-y)",
+                  which, spacing, units, span, units, extent.width(), extent.height(), units, span,
+                  units);
+    return path_ + ": " + buf;
+}
+
 bool LayoutSession::hasFeature(std::string const& name) const
 {
     std::wstring const wide = TextCodec::toWide(name);
@@ -348,10 +398,14 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
             }
             result.segments.push_back(std::move(seg));
         }
-        for (auto const& [id, s] : input) {
-            (void)s;
+        // What is left of the input is missing from the result; the kept segments still carry
+        // their input lines, which tell the multi-pin clean-up's removals from the others.
+        std::vector<ResultSegment> missing;
+        for (auto& [id, s] : input) {
             result.removedIds.push_back(id);
+            missing.push_back(std::move(s));
         }
+        result.dropped = DroppedSegments::classify(missing, result.segments, componentTexts());
 
         // Relations by line, and fillets by the joint of two consecutive lines.
         std::map<std::pair<long, long>, std::pair<size_t, size_t>> where;

@@ -3,6 +3,7 @@
 // into a LayoutResult.
 #pragma once
 
+#include "Geometry2D.h"
 #include "LayoutResult.h"
 #include "ToolOptions.h"
 
@@ -39,6 +40,17 @@ public:
     // can.
     std::string sizeProblem(ToolOptions const& options) const;
 
+    // A grid spacing must not exceed the whole extent of the route: the longer side of the
+    // bounding box of the input sketch (the ends of its entities). The layout lays every
+    // segment out in whole grid steps, so on a coarser grid one step reaches past the whole
+    // route, the laid-out coordinates grow with the spacing until they lose their precision, and
+    // the layout's final check deletes segments (one in 42 of the engine-bay harness on a grid
+    // of 1e300, 33 with --grid-x 1e308 --grid-y 1e-3). A spacing equal to the extent still runs;
+    // the bundled examples span 0.78 m and more against their default grid of 0.02 m.
+    // Why the grid cannot hold the document; empty when it can, or when the sketch has no
+    // extent to measure against (a single point or no entities).
+    std::string gridProblem(ToolOptions const& options) const;
+
     // Whether the document has a feature of that name (compared exactly).
     bool hasFeature(std::string const& name) const;
 
@@ -49,6 +61,7 @@ public:
     static std::string statusText(long status);
 
 private:
+    Extent inputExtent() const;
     void readInput(LayoutResult& result) const;
     std::map<long, std::string> componentTexts() const;
 

@@ -1,5 +1,6 @@
 #include "ResultDocument.h"
 
+#include "DroppedSegments.h"
 #include "Geometry2D.h"
 
 #include <algorithm>
@@ -69,6 +70,22 @@ Json ResultDocument::build(LayoutResult const& result, QualityReport const& repo
         messages.push_back({{"segment", id}, {"text", text}});
     j["messages"] = messages;
     j["removed_segments"] = result.removedIds;
+    Json dropped = Json::array();
+    for (DroppedSegment const& d : result.dropped) {
+        Json entry;
+        entry["id"] = d.id;
+        entry["reason"] = DroppedSegments::reasonCode(d.reason);
+        // The multi-pin clean-up removes on purpose; anything else is a loss.
+        entry["lost"] = d.reason != DroppedSegment::Reason::MultiPinCleanUp;
+        entry["text"] = DroppedSegments::describe(d);
+        if (d.reason == DroppedSegment::Reason::MultiPinCleanUp) {
+            entry["kept_segment"] = d.keptId;
+            entry["connector"] = d.connector;
+        }
+        dropped.push_back(entry);
+    }
+    j["dropped_segments"] = dropped;
+    j["complete"] = result.laidOut && !DroppedSegments::anyLost(result);
 
     // Sorted, to mark the failed segments in logarithmic time each.
     std::vector<long> failed = result.failedIds;

@@ -3,6 +3,7 @@
 #include "AtomicOutputFile.h"
 #include "CommandLine.h"
 #include "DrawingRenderer.h"
+#include "DroppedSegments.h"
 #include "DxfWriter.h"
 #include "ExampleLocator.h"
 #include "LayoutSession.h"
@@ -97,7 +98,9 @@ int ToolApplication::execute(ToolOptions& options)
     try {
         RunGuard::setStep(RunGuard::Step::Loading);
         LayoutSession session(source);
-        std::string const problem = session.sizeProblem(options);
+        std::string problem = session.gridProblem(options);
+        if (problem.empty())
+            problem = session.sizeProblem(options);
         if (!problem.empty()) {
             err_ << "krlayout: " << problem << "\n";
             return kBadDocument;
@@ -153,12 +156,15 @@ int ToolApplication::execute(ToolOptions& options)
         printFailure(result, source);
     else if (!options.quiet)
         printSummary(result, report, source);
+    printDropped(result, source, options.quiet);
     if (options.report)
         report.print(out_, result.units);
 
     if (result.status != 0)
         return result.status > 0 && result.status < 256 ? static_cast<int>(result.status) : 1;
-    return written ? 0 : kWriteFailed;
+    if (!written)
+        return kWriteFailed;
+    return DroppedSegments::anyLost(result) ? kSegmentsDropped : 0;
 }
 
 std::unique_ptr<AtomicOutputFile> ToolApplication::writeOutput(std::string const& path,
@@ -205,11 +211,24 @@ void ToolApplication::printSummary(LayoutResult const& result, QualityReport con
          << result.units << ", " << (result.mode == "arrays" ? "output arrays" : "host sketch")
          << "; " << report.crossingPairs() << " crossing pairs, " << report.overlaps().size()
          << " overlapping pieces\n";
-    if (!result.removedIds.empty()) {
-        out_ << "  not in the layout result (dropped by the library's clean-up):";
-        for (long id : result.removedIds)
-            out_ << ' ' << id;
-        out_ << "\n";
+}
+
+void ToolApplication::printDropped(LayoutResult const& result, std::string const& source,
+                                   bool quiet) const
+{
+    using Reason = DroppedSegment::Reason;
+    // Segments the layout lost are an error and always named; the multi-pin clean-up's removals
+    // are deliberate and named unless the run is quiet.
+    for (Reason reason : {Reason::FinalCheck, Reason::MultiPinCleanUp}) {
+        size_t const n = DroppedSegments::count(result, reason);
+        if (n == 0 || (quiet && reason == Reason::MultiPinCleanUp))
+            continue;
+        size_t const total = result.segments.size() + result.removedIds.size();
+        err_ << "krlayout: " << (reason == Reason::FinalCheck ? "" : "note: ") << source << ": "
+             << n << " of " << total << (total == 1 ? " segment " : " segments ")
+             << (reason == Reason::FinalCheck ? "missing from the result, " : "")
+             << DroppedSegments::reasonText(reason) << ": "
+             << DroppedSegments::idList(result, reason) << "\n";
     }
 }
 

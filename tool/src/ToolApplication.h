@@ -22,6 +22,9 @@ public:
     static constexpr int kWriteFailed = 9;
     static constexpr int kInternalError = 10;
     static constexpr int kTimeLimit = 11;
+    // Laid out and written, but the layout lost segments of the document (its final check
+    // deleted them). The multi-pin clean-up's removals alone do not count.
+    static constexpr int kSegmentsDropped = 12;
 
     ToolApplication(std::ostream& out, std::ostream& err);
 
@@ -40,6 +43,8 @@ private:
                                                   std::string const& source);
     void printSummary(LayoutResult const& result, QualityReport const& report,
                       std::string const& source) const;
+    // Names every segment missing from the result on the error stream, grouped by reason.
+    void printDropped(LayoutResult const& result, std::string const& source, bool quiet) const;
     void printFailure(LayoutResult const& result, std::string const& source) const;
 
     std::ostream& out_;
