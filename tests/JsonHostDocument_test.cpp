@@ -20,6 +20,7 @@
 #include <functional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -163,6 +164,41 @@ TEST(JsonHostDocument, DefaultsApplyWhenOptionalFieldsAreAbsent) {
     EXPECT_TRUE(host->componentMap().empty());
     ASSERT_EQ(m.segments.size(), 1u);
     EXPECT_TRUE(m.segments[0].entities.empty());
+    EXPECT_EQ(m.units, "m");
+    EXPECT_FALSE(m.unitsGiven);
+}
+
+TEST(JsonHostDocument, UnitsAreReadAndNumbersStayUnscaled) {
+    for (auto const& [name, metres] : std::vector<std::pair<std::string, double>>{
+             {"m", 1.0}, {"cm", 0.01}, {"mm", 0.001}, {"in", 0.0254}, {"ft", 0.3048}}) {
+        SCOPED_TRACE(name);
+        auto host = JsonHostDocument::LoadString(
+            R"({"units": ")" + name + R"(", "segments": [{"id": 1, "value": 6, "entities": [
+                {"kind": "line", "start": [0, 0, 0], "end": [300, 400, 0]}]}]})");
+        JsonHostModel const& m = host->model();
+        EXPECT_EQ(m.units, name);
+        EXPECT_TRUE(m.unitsGiven);
+        EXPECT_EQ(JsonHostModel::MetresPerUnit(m.units), metres);
+        EXPECT_EQ(m.segments.at(0).entities.at(0).length, 500.0);
+        EXPECT_EQ(m.segments.at(0).value, 6.0);
+        // The saved document keeps the unit.
+        EXPECT_NE(host->SaveString().find(R"("units": ")" + name + "\""), std::string::npos);
+    }
+}
+
+TEST(JsonHostDocument, UnknownUnitsAreRefusedAtTheirPointer) {
+    for (char const* text : {R"({"units": "furlong", "segments": []})", R"({"units": "M", "segments": []})",
+                             R"({"units": "metres", "segments": []})", R"({"units": "", "segments": []})"}) {
+        SCOPED_TRACE(text);
+        JsonHostError const error = loadError(text);
+        EXPECT_EQ(error.pointer(), "/units") << error.what();
+        EXPECT_NE(error.reason().find("unknown unit"), std::string::npos) << error.what();
+        EXPECT_NE(error.reason().find("m, cm, mm, in, ft"), std::string::npos) << error.what();
+    }
+    JsonHostError const number = loadError(R"({"units": 1000, "segments": []})");
+    EXPECT_EQ(number.pointer(), "/units");
+    EXPECT_NE(number.reason().find("expected a string"), std::string::npos) << number.what();
+    EXPECT_EQ(JsonHostModel::MetresPerUnit("furlong"), 0.0);
 }
 
 TEST(JsonHostDocument, LengthsAreComputedFromGeometryUnlessGiven) {

@@ -45,6 +45,16 @@ public:
 
     std::wstring name;
 
+    // The unit of every coordinate, length and route value of the document: "m", "cm", "mm",
+    // "in" or "ft". The host passes numbers through unscaled; the unit tells its readers what
+    // they mean.
+    std::string units = "m";
+    bool unitsGiven = false;         // the document names its unit (otherwise "m" is assumed)
+
+    // The values units may take, and metres per unit of one of them (0 for any other text).
+    static std::vector<std::string> const& UnitNames();
+    static double MetresPerUnit(std::string const& units);
+
     // Which parts of the document the host hands out; a false flag makes that request fail.
     bool activeDocument = true;
     bool routeModel = true;

@@ -16,6 +16,20 @@ JsonHostModel::Vec3 JsonHostModel::Entity::curveEnd() const {
     return points.empty() ? Vec3{} : points.back();
 }
 
+std::vector<std::string> const& JsonHostModel::UnitNames() {
+    static std::vector<std::string> const names = {"m", "cm", "mm", "in", "ft"};
+    return names;
+}
+
+double JsonHostModel::MetresPerUnit(std::string const& units) {
+    if (units == "m") return 1.0;
+    if (units == "cm") return 0.01;
+    if (units == "mm") return 0.001;
+    if (units == "in") return 0.0254;
+    if (units == "ft") return 0.3048;
+    return 0.0;
+}
+
 std::map<long, std::wstring> JsonHostModel::componentMap() const {
     std::map<long, std::wstring> map;
     for (Component const& component : components) map.emplace(component.id, component.text);

@@ -197,11 +197,12 @@ public:
     JsonHostModel check(Json const& document) {
         JsonHostModel model;
         if (!document.is_object()) fail("", "a route document is a JSON object, found " + describeValue(document));
-        allowOnly(document, "", {"$schema", "name", "description", "available", "sketchOpen", "settings",
-                                 "features", "components", "segments", "result"});
+        allowOnly(document, "", {"$schema", "name", "description", "units", "available", "sketchOpen",
+                                 "settings", "features", "components", "segments", "result"});
         optionalString(document, "", "$schema");
         optionalString(document, "", "description");
         if (document.contains("name")) model.name = JsonHostText::ToWide(string(document["name"], "/name"));
+        if (document.contains("units")) readUnits(document["units"], model);
         if (document.contains("result") && !document["result"].is_object()) {
             fail("/result", "expected an object, found " + describeValue(document["result"]));
         }
@@ -310,6 +311,18 @@ private:
         for (auto const& flag : flags) {
             if (value.contains(flag.first)) *flag.second = boolean(value[flag.first], join(pointer, flag.first));
         }
+    }
+
+    // Only the listed unit names, spelt exactly: a document in an unknown unit is refused rather
+    // than read as metres.
+    void readUnits(Json const& value, JsonHostModel& model) const {
+        std::string const units = string(value, "/units");
+        std::string list;
+        for (std::string const& name : JsonHostModel::UnitNames()) list += (list.empty() ? "" : ", ") + name;
+        if (JsonHostModel::MetresPerUnit(units) == 0.0)
+            fail("/units", "unknown unit " + value.dump() + " (expected one of " + list + ")");
+        model.units = units;
+        model.unitsGiven = true;
     }
 
     void readSettings(Json const& value, JsonHostModel& model) const {
