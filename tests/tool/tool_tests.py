@@ -5,7 +5,8 @@
 
 Groups: engine-bay, dashboard, machine-cabinet (an example in both layout types and every output
 format, the DXF read back), failures (the loop and disjoint examples), errors (bad documents),
-options (bad options, scales, write failures), interruptions (the time limit, SIGINT and SIGTERM)
+options (bad options, scales, write failures), inputs (warnings about component texts and
+units), interruptions (the time limit, SIGINT and SIGTERM)
 and install (the installed tool finds its examples).
 """
 
@@ -606,6 +607,9 @@ def errors_group():
         ("blank document", "  \n\t\n", ["empty document"]),
         ("not an object", "[1, 2, 3]", ["route document is a JSON object"]),
         ("unknown field", "{\"segments\": [], \"colour\": 1}", ["/colour", "unknown field"]),
+        ("unknown units", "{\"units\": \"furlong\", \"segments\": []}",
+         ["bad.json: /units: unknown unit \"furlong\"", "m, cm, mm, in, ft"]),
+        ("units not a string", "{\"units\": 0.001, \"segments\": []}", ["/units", "expected a string"]),
         ("NUL after the document", "{\"segments\": []}\0garbage",
          ["bad.json:1:17:", "NUL byte at byte offset 16"]),
         ("NUL alone after the document", "{\"segments\": []}\n\0", ["bad.json:2:1:", "NUL byte"]),
@@ -737,6 +741,202 @@ def errors_group():
             check(doc["laid_out"] is True and len(doc["segments"]) == 3000, "laid out %r" % doc["status"])
 
     large_document()
+
+
+def scaled_engine_bay(factor, units=None):
+    """The engine-bay example with every coordinate, length and diameter multiplied by factor."""
+    with open(os.path.join(EXAMPLES, "engine-bay.json"), encoding="utf-8") as f:
+        doc = json.load(f)
+    for seg in doc["segments"]:
+        seg["value"] *= factor
+        for e in seg["entities"]:
+            for key in ("start", "end", "center"):
+                if key in e:
+                    e[key] = [c * factor for c in e[key]]
+            if "points" in e:
+                e["points"] = [[c * factor for c in p] for p in e["points"]]
+            if "length" in e:
+                e["length"] *= factor
+    if units is not None:
+        doc["units"] = units
+    return doc
+
+
+def svg_labels(path):
+    """The text of each segment label of an SVG drawing, by segment id."""
+    ns = "{http://www.w3.org/2000/svg}"
+    root = ET.parse(path).getroot()
+    labels = {}
+    for g in root.iter(ns + "g"):
+        if g.get("class") == "label":
+            labels[int(g.get("data-segment"))] = " ".join("".join(t.itertext()) for t in g.iter(ns + "text"))
+    return labels
+
+
+def inputs_group():
+    doc_path = os.path.join(EXAMPLES, "engine-bay.json")
+
+    @case("component texts without a connector are warned about")
+    def component_texts():
+        with open(doc_path, encoding="utf-8") as f:
+            doc = json.load(f)
+        comps = doc["components"]
+        ids = [c["id"] for c in comps]
+        bad = {ids[0]: "J1", ids[1]: "J2@Tail lamp left", ids[2]: "1-4@J3", ids[3]: "1@@X9@Lamp",
+               ids[4]: "J5:J6"}
+        half = {ids[5]: "1@X5@Front:J7"}
+        # Read as the layout run reads them: split at the first ':' only, so the second half
+        # keeps any further ':'; an empty pin part is allowed.
+        good = {ids[6]: "1@X6@Front:2@X7@Rear:left", ids[7]: "@X8@Horn"}
+        for c in comps:
+            c["text"] = bad.get(c["id"], half.get(c["id"], good.get(c["id"], c["text"])))
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "texts.json")
+            with open(path, "w", encoding="utf-8") as f:
+                json.dump(doc, f)
+            res = os.path.join(tmp, "texts.out.json")
+            code, out, err = run([path, "-o", res])
+            check(code == 0, "exit %d: %r" % (code, err))
+            lines = err.splitlines()
+            check(len(lines) == len(bad) + len(half), "one warning per text: %r" % err)
+            for cid, text in list(bad.items()) + list(half.items()):
+                line = [l for l in lines if "component %d (on segment %d)" % (cid, cid) in l]
+                check(len(line) == 1, "component %d warned once: %r" % (cid, err))
+                line = line[0]
+                check(line.startswith("krlayout: warning: " + path + ": "), "names the document: %r" % line)
+                check(json.dumps(text) in line, "quotes the text %r: %r" % (text, line))
+                check("PINS@CONNECTOR@NAME" in line and "1-4@X12@Injector 1" in line,
+                      "says the expected form: %r" % line)
+            check("names no connector and is ignored" in [l for l in lines if "(on segment %d)" % ids[5] in l][0],
+                  "the half that names nothing is pointed out: %r" % err)
+            for cid in good:
+                check("(on segment %d)" % cid not in err, "valid text %d not warned about" % cid)
+            result = load_json(res)
+            warnings = result["warnings"]
+            check(len(warnings) == len(bad) + len(half), "warnings in the JSON: %r" % warnings)
+            for w in warnings:
+                check(w["component"] == w["segment"], "component id is the segment id: %r" % w)
+                expected = bad.get(w["component"], half.get(w["component"]))
+                check(w["text"] == expected, "text %r" % w)
+                check(w["kind"] == ("component_text" if w["component"] in bad else "component_text_half"),
+                      "kind %r" % w)
+                check(w["message"] in err, "the message as printed: %r" % w)
+            names = {seg["id"]: [c["name"] for c in seg["connectors"]] for seg in result["segments"]}
+            check(any("X6@Front (1)" in n for n in names[ids[6]]) and
+                  any("X7@Rear:left (2)" in n for n in names[ids[6]]), "both halves named: %r" % names[ids[6]])
+            check(names[ids[7]] == ["X8@Horn"], "connector without pins: %r" % names[ids[7]])
+            check(all(names[cid] == [] for cid in bad), "no connector from the bad texts")
+            check(any("X5@Front (1)" in n for n in names[ids[5]]), "the good half kept: %r" % names[ids[5]])
+
+    component_texts()
+
+    @case("valid examples give no warnings")
+    def no_warnings():
+        with tempfile.TemporaryDirectory() as tmp:
+            res = os.path.join(tmp, "r.json")
+            code, _, err = run([doc_path, "-q", "-o", res])
+            check(code == 0 and err == "", "exit %d: %r" % (code, err))
+            result = load_json(res)
+            check(result["warnings"] == [], "warnings %r" % result["warnings"])
+            check(result["units"] == "m" and result["units_source"] == "default", "units %r" % result["units"])
+
+    no_warnings()
+
+    @case("millimetre document")
+    def millimetres():
+        with tempfile.TemporaryDirectory() as tmp:
+            plain = os.path.join(tmp, "plain.json")
+            with open(plain, "w") as f:
+                json.dump(scaled_engine_bay(1000.0), f)
+            mm = os.path.join(tmp, "mm.json")
+            with open(mm, "w") as f:
+                json.dump(scaled_engine_bay(1000.0, "mm"), f)
+            ref = os.path.join(tmp, "ref.json")
+            ref_svg = os.path.join(tmp, "ref.svg")
+            code, _, err = run([doc_path, "-q", "-o", ref, "-o", ref_svg])
+            check(code == 0, "metre run: exit %d: %r" % (code, err))
+            reference = load_json(ref)
+
+            # Read as metres, a millimetre document is 1000 times too large: warned about.
+            res = os.path.join(tmp, "plain.out.json")
+            code, _, err = run([plain, "-q", "-o", res, "--grid", "20"])
+            check(code == 0, "exit %d: %r" % (code, err))
+            lines = err.splitlines()
+            check(len(lines) == 1 and lines[0].startswith("krlayout: warning: " + plain + ": "), "one warning: %r" % err)
+            for text in ("median segment length is ", " m (no unit given, metres assumed)", "over 50 m",
+                         "--units", "\"units\""):
+                check(text in err, "warning lacks %r: %r" % (text, err))
+            result = load_json(res)
+            check(result["units"] == "m" and result["units_source"] == "default", "units %r" % result["units"])
+            check([w["kind"] for w in result["warnings"]] == ["units"], "warnings %r" % result["warnings"])
+            median = result["warnings"][0]["median_segment_length"]
+            check(median > 50 and ("%.6g m" % median) in err, "median %r named: %r" % (median, err))
+
+            # With "units": "mm" it is not, and it is drawn as the metre example is.
+            res = os.path.join(tmp, "mm.out.json")
+            svg = os.path.join(tmp, "mm.svg")
+            dxf = os.path.join(tmp, "mm.dxf")
+            pdf = os.path.join(tmp, "mm.pdf")
+            code, out, err = run([mm, "-o", res, "-o", svg, "-o", dxf, "-o", pdf, "--scale", "1:1"])
+            check(code == 0 and err == "", "exit %d: %r" % (code, err))
+            check("grid 20 x 20 mm" in out, "default grid of 0.02 m in mm: %r" % out)
+            result = load_json(res)
+            check(result["units"] == "mm" and result["units_source"] == "document", "units %r" % result["units"])
+            check(result["warnings"] == [], "warnings %r" % result["warnings"])
+            check(result["options"]["grid"] == [20, 20], "grid %r" % result["options"]["grid"])
+            by_id = {s["id"]: s for s in result["segments"]}
+            for seg in reference["segments"]:
+                check(abs(by_id[seg["id"]]["length"] - 1000 * seg["length"]) < 1e-6,
+                      "segment %d length in mm" % seg["id"])
+            ext, ref_ext = result["quality"]["extent"], reference["quality"]["extent"]
+            check(abs(ext["width"] - 1000 * ref_ext["width"]) < 1e-3 * ext["width"] + 1e-6,
+                  "extent %r against %r" % (ext, ref_ext))
+            labels, ref_labels = svg_labels(svg), svg_labels(ref_svg)
+            seg = reference["segments"][0]
+            check("%.3f m" % seg["length"] in ref_labels[seg["id"]], "metre label %r" % ref_labels[seg["id"]])
+            check("%.0f mm" % (1000 * seg["length"]) in labels[seg["id"]] and " m " not in labels[seg["id"]] + " ",
+                  "millimetre label %r" % labels[seg["id"]])
+            dxf_doc = read_dxf_audited(dxf)
+            check(dxf_doc.header.get("$INSUNITS") == 4, "DXF in mm: %r" % dxf_doc.header.get("$INSUNITS"))
+            check_dxf_texts(dxf_doc, result, units="mm")
+            # At 1:1 the page holds the extent, in millimetres, at full size.
+            info = subprocess.run(["pdfinfo", pdf], stdout=subprocess.PIPE).stdout.decode()
+            size = [l for l in info.splitlines() if l.startswith("Page size:")][0].split()
+            width = float(size[2])
+            points_per_mm = 72 / 25.4
+            check(ext["width"] * points_per_mm <= width <= ext["width"] * points_per_mm + 400,
+                  "page %.0f pt for %.1f mm" % (width, ext["width"]))
+
+            # --units m overrides the document, and warns.
+            res = os.path.join(tmp, "override.json")
+            code, _, err = run([mm, "--units", "m", "--grid", "20", "-q", "-o", res])
+            check(code == 0, "exit %d: %r" % (code, err))
+            check("median segment length is" in err and "(given by --units)" in err and "over 50 m" in err,
+                  "warning: %r" % err)
+            result = load_json(res)
+            check(result["units"] == "m" and result["units_source"] == "option", "units %r" % result["units"])
+            check([w["kind"] for w in result["warnings"]] == ["units"], "warnings %r" % result["warnings"])
+
+    millimetres()
+
+    @case("implausibly short segments")
+    def too_short():
+        # Metre coordinates read as millimetres: the median is well under 1 mm in metres. The
+        # warning comes before the grid is refused (0.02 m in mm units is coarser than the route).
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "short.json")
+            with open(path, "w") as f:
+                json.dump(scaled_engine_bay(1.0, "mm"), f)
+            code, out, err = run([path, "-o", os.path.join(tmp, "x.json")])
+            check(code == 3, "exit %d: %r" % (code, err))
+            lines = err.splitlines()
+            check(len(lines) == 2 and "warning" in lines[0] and "larger than the whole extent" in lines[1],
+                  "warning first, then the refusal: %r" % err)
+            for text in ("mm (0.000", "the document's \"units\"", "under 1 mm", "--units"):
+                check(text in lines[0], "warning lacks %r: %r" % (text, lines[0]))
+            check(listing(tmp) == ["short.json"], "nothing written")
+
+    too_short()
 
 
 def options_group():
@@ -1126,6 +1326,8 @@ def main():
         errors_group()
     elif group == "options":
         options_group()
+    elif group == "inputs":
+        inputs_group()
     elif group == "interruptions":
         interruptions_group()
     elif group == "install":

@@ -30,8 +30,9 @@ PDF and SVG are the same bytes for the same input; a PDF is dated SOURCE_DATE_EP
 when that is set, and carries no date otherwise.
 
 Units: coordinates, lengths, diameters and grid spacings are in the document's model
-units: metres, unless --units names others. The default grid spacing is 0.02 m,
-converted to those units.
+units: those of --units, else the document's "units" field, else metres. The default
+grid spacing is 0.02 m, converted to those units. A median segment length over 50 m
+or under 1 mm is warned about on stderr.
 
 Exit codes: 0 done; 1-6 the host could not provide the route sketch (the run's status);
 7 the sketch has a closed loop; 8 the sketch has disjoint pieces; 2 bad options;
@@ -158,7 +159,8 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
                    "Run on the host feature NAME (coincident relations with it)")
         ->type_name("NAME");
     app.add_option("-u,--units", options.units,
-                   "Model units of the document: m (default), cm, mm, in or ft")
+                   "Model units of the document: m, cm, mm, in or ft; overrides the document's "
+                   "\"units\" (default m)")
         ->type_name("UNIT")
         ->capture_default_str();
     app.add_flag("-r,--report", options.report, "Print the quality report");
@@ -237,9 +239,12 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
         options.gridGiven = true;
     }
 
+    options.unitsGiven = app.count("--units") > 0;
     options.metresPerUnit = UnitFormat::metresPerUnit(options.units);
     if (!(options.metresPerUnit > 0.0))
         return fail("--units: '" + options.units + "' is not a unit (m, cm, mm, in or ft)");
+    // Without --units the document's own units apply once it is read (ToolApplication sets
+    // them and the default grid again); m until then.
     if (!options.gridGiven) {
         // 0.02 m, the library's default spacing, in the document's units.
         options.gridX = options.gridY = 0.02 / options.metresPerUnit;

@@ -57,6 +57,19 @@ std::vector<Point2> ConnectorPlacer::chainEnds(std::vector<std::pair<Point2, Poi
     return ends;
 }
 
+bool ConnectorPlacer::parseHalf(std::string const& half, std::string& connector, std::string& pin)
+{
+    std::string::size_type const at = half.find('@');
+    std::string const head = at == std::string::npos ? std::string() : half.substr(0, at);
+    std::string const tail = at == std::string::npos ? half : half.substr(at + 1);
+    std::string::size_type const inner = tail.find('@');
+    if (inner == std::string::npos || inner < 1)
+        return false;
+    connector = tail;
+    pin = head;
+    return true;
+}
+
 std::vector<std::pair<std::string, std::string>> ConnectorPlacer::parse(std::string const& text)
 {
     std::vector<std::pair<std::string, std::string>> out;
@@ -65,12 +78,10 @@ std::vector<std::pair<std::string, std::string>> ConnectorPlacer::parse(std::str
         colon == std::string::npos ? std::string() : text.substr(0, colon),
         colon == std::string::npos ? text : text.substr(colon + 1)};
     for (std::string const& half : halves) {
-        std::string::size_type const at = half.find('@');
-        std::string const head = at == std::string::npos ? std::string() : half.substr(0, at);
-        std::string const tail = at == std::string::npos ? half : half.substr(at + 1);
-        std::string::size_type const inner = tail.find('@');
-        if (inner != std::string::npos && inner >= 1)
-            out.emplace_back(tail, head);
+        std::string connector;
+        std::string pin;
+        if (parseHalf(half, connector, pin))
+            out.emplace_back(connector, pin);
     }
     return out;
 }

@@ -16,6 +16,9 @@ public:
     // halves split at the first ':', each "pin@connector" split at its first '@', kept only when
     // the connector part itself holds an '@' after its first character. Pairs of (connector, pin).
     static std::vector<std::pair<std::string, std::string>> parse(std::string const& text);
+    // One half: "pin@connector" split at its first '@' (no pin without one); true, with the
+    // connector and pin, when the connector part holds an '@' after its first character.
+    static bool parseHalf(std::string const& half, std::string& connector, std::string& pin);
 
     // For every segment with a component map entry: its connector names, and their places at the
     // segment's free ends (ends no other segment touches) of the laid-out lines or of the input

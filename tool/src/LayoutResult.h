@@ -75,10 +75,26 @@ struct DroppedSegment {
     std::string connector;                // MultiPinCleanUp: the connector both run to
 };
 
+// Something in the input that the run went on with but that the user should hear about: a
+// component text that names no connector, or segment lengths implausible for the unit.
+struct RunWarning {
+    enum class Kind {
+        ComponentText,      // a component text yields no connector at all
+        ComponentHalf,      // a text with ':' has a half that yields no connector
+        Units,              // the median segment length is implausible for the unit
+    };
+    Kind kind = Kind::ComponentText;
+    std::string message;                  // the warning in words, as printed
+    long component = 0;                   // component warnings: the id (the segment's id)
+    std::string text;                     // component warnings: the text as given
+    double medianLength = 0.0;            // Units: the median segment length in model units
+};
+
 struct LayoutResult {
     std::string documentName;
     std::string units = "m";
     double metresPerUnit = 1.0;
+    std::string unitsSource = "default";  // "option" (--units), "document" (its units) or "default"
     int layoutType = 0;
     std::string mode = "host";
     double gridX = 0.02;
@@ -100,6 +116,8 @@ struct LayoutResult {
     std::vector<DroppedSegment> dropped;
     // What the host was asked to do: name and count, in a fixed order.
     std::vector<std::pair<std::string, long>> hostCounters;
+    // Warnings about the input, in the order they were printed.
+    std::vector<RunWarning> warnings;
 
     std::vector<ResultSegment> segments;
 };

@@ -242,6 +242,28 @@ bool LayoutSession::hasFeature(std::string const& name) const
     return false;
 }
 
+std::string LayoutSession::documentUnits() const
+{
+    return document_->model().units;
+}
+
+bool LayoutSession::documentGivesUnits() const
+{
+    return document_->model().unitsGiven;
+}
+
+std::vector<double> LayoutSession::segmentLengths() const
+{
+    std::vector<double> out;
+    for (JsonHostModel::Segment const& s : document_->model().segments) {
+        double length = 0.0;
+        for (JsonHostModel::Entity const& e : s.entities)
+            length += e.length;
+        out.push_back(length);
+    }
+    return out;
+}
+
 std::map<long, std::string> LayoutSession::componentTexts() const
 {
     std::map<long, std::string> out;

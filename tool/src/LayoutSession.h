@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 class JsonHostDocument;
 
@@ -51,6 +52,14 @@ public:
     // extent to measure against (a single point or no entities).
     std::string gridProblem(ToolOptions const& options) const;
 
+    // The document's "units" ("m" when it gives none) and whether it gives them.
+    std::string documentUnits() const;
+    bool documentGivesUnits() const;
+    // The true length of every segment of the document (the sum of its entities), in order.
+    std::vector<double> segmentLengths() const;
+    // The component map as UTF-8 texts by id.
+    std::map<long, std::string> componentTexts() const;
+
     // Whether the document has a feature of that name (compared exactly).
     bool hasFeature(std::string const& name) const;
 
@@ -63,7 +72,6 @@ public:
 private:
     Extent inputExtent() const;
     void readInput(LayoutResult& result) const;
-    std::map<long, std::string> componentTexts() const;
 
     std::string path_;
     std::unique_ptr<JsonHostDocument> document_;

@@ -46,6 +46,7 @@ Json ResultDocument::build(LayoutResult const& result, QualityReport const& repo
     j["document"] = result.documentName;
     j["source"] = source;
     j["units"] = result.units;
+    j["units_source"] = result.unitsSource;
 
     Json options;
     options["layout_type"] = result.layoutType;
@@ -86,6 +87,29 @@ Json ResultDocument::build(LayoutResult const& result, QualityReport const& repo
     }
     j["dropped_segments"] = dropped;
     j["complete"] = result.laidOut && !DroppedSegments::anyLost(result);
+    Json warnings = Json::array();
+    for (RunWarning const& w : result.warnings) {
+        Json entry;
+        switch (w.kind) {
+        case RunWarning::Kind::ComponentText:
+        case RunWarning::Kind::ComponentHalf:
+            entry["kind"] = w.kind == RunWarning::Kind::ComponentText ? "component_text"
+                                                                      : "component_text_half";
+            // A component id is the id of the segment the component sits on.
+            entry["component"] = w.component;
+            entry["segment"] = w.component;
+            entry["text"] = w.text;
+            break;
+        case RunWarning::Kind::Units:
+            entry["kind"] = "units";
+            entry["median_segment_length"] = w.medianLength;
+            entry["units"] = result.units;
+            break;
+        }
+        entry["message"] = w.message;
+        warnings.push_back(entry);
+    }
+    j["warnings"] = warnings;
 
     // Sorted, to mark the failed segments in logarithmic time each.
     std::vector<long> failed = result.failedIds;

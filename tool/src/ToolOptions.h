@@ -24,6 +24,7 @@ struct ToolOptions {
 
     std::string units = "m";              // model units of the document
     double metresPerUnit = 1.0;
+    bool unitsGiven = false;              // --units given; false: the document's units, else m
 
     bool report = false;
     double paperScale = 0.0;              // PDF/SVG paper length per model length; 0 = fit
