@@ -36,29 +36,9 @@ std::vector<RunWarning> InputWarnings::componentTexts(std::map<long, std::string
         RunWarning w;
         w.component = id;
         w.text = text;
-        if (ConnectorPlacer::parse(text).empty()) {
-            w.kind = RunWarning::Kind::ComponentText;
-            w.message = where + " names no connector; expected " + kExpectedForm;
-            out.push_back(w);
+        if (!ConnectorPlacer::parse(text).empty())
             continue;
-        }
-        // A ':' splits the text into two halves, each read on its own; a half that names
-        // nothing is dropped by the layout run while the other half is kept.
-        std::string::size_type const colon = text.find(':');
-        if (colon == std::string::npos)
-            continue;
-        std::string const first = text.substr(0, colon);
-        std::string const second = text.substr(colon + 1);
-        std::string connector;
-        std::string pin;
-        bool const firstNames = ConnectorPlacer::parseHalf(first, connector, pin);
-        bool const secondNames = ConnectorPlacer::parseHalf(second, connector, pin);
-        if (firstNames && secondNames)
-            continue;
-        w.kind = RunWarning::Kind::ComponentHalf;
-        w.message = where + ": the part " + (firstNames ? "after" : "before") + " the ':', " +
-                    quoted(firstNames ? second : first) + ", names no connector and is ignored; " +
-                    "expected " + kExpectedForm;
+        w.message = where + " names no connector; expected " + kExpectedForm;
         out.push_back(w);
     }
     return out;

@@ -20,8 +20,8 @@ public:
     static constexpr double kShortestPlausibleMedian = 0.001;
 
     // One warning for every text that yields no connector under the same reading the layout run
-    // and ConnectorPlacer::parse use, and one for every text with ':' of which one half yields
-    // none. Texts in ascending id order.
+    // uses (ConnectorPlacer::parse), in ascending id order. A text with ':' one half of which
+    // names a connector yields that one and is not warned about.
     static std::vector<RunWarning> componentTexts(std::map<long, std::string> const& texts);
 
     // The median of the positive lengths; 0 when there are none.

@@ -79,8 +79,7 @@ struct DroppedSegment {
 // component text that names no connector, or segment lengths implausible for the unit.
 struct RunWarning {
     enum class Kind {
-        ComponentText,      // a component text yields no connector at all
-        ComponentHalf,      // a text with ':' has a half that yields no connector
+        ComponentText,      // a component text yields no connector
         Units,              // the median segment length is implausible for the unit
     };
     Kind kind = Kind::ComponentText;

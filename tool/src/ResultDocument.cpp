@@ -92,9 +92,7 @@ Json ResultDocument::build(LayoutResult const& result, QualityReport const& repo
         Json entry;
         switch (w.kind) {
         case RunWarning::Kind::ComponentText:
-        case RunWarning::Kind::ComponentHalf:
-            entry["kind"] = w.kind == RunWarning::Kind::ComponentText ? "component_text"
-                                                                      : "component_text_half";
+            entry["kind"] = "component_text";
             // A component id is the id of the segment the component sits on.
             entry["component"] = w.component;
             entry["segment"] = w.component;
