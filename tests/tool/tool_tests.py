@@ -632,6 +632,42 @@ def example_group(name):
 
         cut_list_quoting()
 
+        @case("cut list connector ends")
+        def cut_list_connector_ends():
+            # Two connectors of one segment go to its two free ends, one each; with one free end
+            # both go there; with none, to end 1, which still lists the segments meeting there.
+            def seg(i, a, b):
+                return {"id": i, "value": 0.004, "entities": [
+                    {"kind": "line", "start": [a[0], a[1], 0], "end": [b[0], b[1], 0]}]}
+            chain = {"name": "Chain", "components": [{"id": 2, "text": "5@X5@Mid"},
+                                                    {"id": 3, "text": "1@X3@A:2@X4@B"}],
+                     "segments": [seg(1, (0, 0), (0.3, 0)), seg(2, (0.3, 0), (0.6, 0)),
+                                  seg(3, (0.6, 0), (0.9, 0.1))]}
+            jumper = {"name": "Jumper", "components": [{"id": 7, "text": "1@X1@A:2@X2@B"}],
+                      "segments": [seg(7, (0, 0), (0.4, 0.1))]}
+            with tempfile.TemporaryDirectory() as tmp:
+                for doc in (chain, jumper):
+                    path = os.path.join(tmp, doc["name"] + ".json")
+                    with open(path, "w") as f:
+                        json.dump(doc, f)
+                    out = os.path.join(tmp, doc["name"] + ".csv")
+                    res = os.path.join(tmp, doc["name"] + ".res.json")
+                    code, _, err = run([path, "-q", "-o", out, "-o", res])
+                    check(code == 0, "%s: exit %d: %r" % (doc["name"], code, err))
+                    rows, bill = check_cut_list(out, load_json(res), doc)
+                    ends = {i: [(r[e], r[e + "_name"], r[e + "_pins"], r[e + "_meets"]) for e in ("end1", "end2")]
+                            for i, r in rows.items()}
+                    if doc is chain:
+                        check(ends[1] == [("free end", "", "", ""), ("branch point", "BP1", "", "2")], "1: %r" % ends[1])
+                        check(ends[2] == [("connector", "X5@Mid", "5", "1"), ("branch point", "BP2", "", "3")], "2: %r" % ends[2])
+                        check(ends[3] == [("branch point", "BP2", "", "2"), ("connector", "X3@A; X4@B", "1; 2", "")],
+                              "3: %r" % ends[3])
+                        check([b["connector"] for b in bill] == ["X5@Mid", "X3@A", "X4@B"], "bill %r" % bill)
+                    else:
+                        check(ends[7] == [("connector", "X1@A", "1", ""), ("connector", "X2@B", "2", "")], "7: %r" % ends[7])
+
+        cut_list_connector_ends()
+
 
 def failures_group():
     @case("check failure")
