@@ -10,6 +10,8 @@ units), interruptions (the time limit, SIGINT and SIGTERM)
 and install (the installed tool finds its examples).
 """
 
+import csv
+import io
 import json
 import math
 import os
@@ -27,7 +29,7 @@ import ezdxf
 HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.dirname(os.path.dirname(HERE))
 EXAMPLES = os.path.join(ROOT, "tool", "examples")
-FORMATS = (".json", ".svg", ".pdf", ".png", ".dxf")
+FORMATS = (".json", ".svg", ".pdf", ".png", ".dxf", ".csv")
 PNG_SIGNATURE = b"\x89PNG\r\n\x1a\n"
 TOL = 1e-6
 
@@ -245,6 +247,128 @@ def pdf_text(path):
     return proc.stdout.decode("utf-8", "replace")
 
 
+CUT_LIST_HEADER = ["segment", "status", "length_m", "diameter_mm",
+                   "end1", "end1_name", "end1_pins", "end1_meets",
+                   "end2", "end2_name", "end2_pins", "end2_meets"]
+BILL_HEADER = ["connector", "segments", "pins", "segment_count"]
+
+
+def read_cut_list(path):
+    """The cut list and the bill of connectors of a .csv output, each as a header and dicts."""
+    with open(path, "rb") as f:
+        raw = f.read()
+    check(raw.startswith(b"\xef\xbb\xbf"), "%s has no UTF-8 byte order mark" % path)
+    text = raw[3:].decode("utf-8")
+    check(text.endswith("\r\n"), "records end in CR LF")
+    quoted = False
+    for k, c in enumerate(text):
+        if c == '"':
+            quoted = not quoted
+        elif c == "\n" and not quoted:
+            check(text[k - 1] == "\r", "a bare line feed ends a record at byte %d" % k)
+    records = list(csv.reader(io.StringIO(text, newline=""), strict=True))
+    blank = records.index([])
+    cut, bill = records[:blank], records[blank + 1:]
+    check([] not in bill, "one blank line between the two sections")
+    return (cut[0], [dict(zip(cut[0], r)) for r in cut[1:]],
+            bill[0], [dict(zip(bill[0], r)) for r in bill[1:]])
+
+
+def component_connectors(source):
+    """(connector, pins) pairs per segment id from the component texts: 'pins@connector' where
+    the connector itself holds an '@'."""
+    out = {}
+    for comp in source.get("components", []):
+        text = comp["text"]
+        halves = text.split(":", 1) if ":" in text else ["", text]
+        for half in halves:
+            head, at, tail = half.partition("@")
+            if not at:
+                head, tail = "", half
+            if tail.find("@") >= 1:
+                out.setdefault(comp["id"], []).append((tail, head))
+    return out
+
+
+def check_cut_list(path, doc, source, status_of=None):
+    """The cut list names every segment of the document once, in id order, with the JSON's
+    length and diameter, the component texts' connectors and consistent branch points; the bill
+    of connectors matches the component texts."""
+    header, rows, bill_header, bill = read_cut_list(path)
+    check(header == CUT_LIST_HEADER, "cut list header %r" % header)
+    check(bill_header == BILL_HEADER, "bill header %r" % bill_header)
+    ids = sorted({s["id"] for s in source["segments"]})
+    check([int(r["segment"]) for r in rows] == ids, "one row per segment in id order")
+    by_id = {int(r["segment"]): r for r in rows}
+    lost = {d["id"]: d for d in doc["dropped_segments"]}
+    for seg in doc["segments"]:
+        r = by_id[seg["id"]]
+        check(r["length_m"] == "%.4f" % seg["length"], "length of %d: %r" % (seg["id"], r))
+        check(r["diameter_mm"] == "%.1f" % (seg["diameter"] * 1000), "diameter of %d: %r" % (seg["id"], r))
+        wanted = "laid out" if doc["laid_out"] else "not laid out: " + doc["status_text"]
+        check(r["status"] == wanted, "status of %d: %r" % (seg["id"], r["status"]))
+    for i, d in lost.items():
+        wanted = "lost by the layout" if d["reason"] == "final_check" else "removed by the multi-pin clean-up"
+        check(by_id[i]["status"] == wanted, "status of %d: %r" % (i, by_id[i]["status"]))
+    if status_of:
+        for i, wanted in status_of.items():
+            check(by_id[i]["status"] == wanted, "status of %d: %r" % (i, by_id[i]["status"]))
+
+    # Connectors at the ends, as the drawings name them.
+    named = component_connectors(source)
+    json_names = {s["id"]: {c["name"] for c in s["connectors"]} for s in doc["segments"]}
+    for i, r in by_id.items():
+        at_ends = []
+        for e in ("end1", "end2"):
+            check(r[e] in ("connector", "branch point", "free end"), "end kind %r" % r[e])
+            if r[e] == "connector":
+                at_ends += list(zip(r[e + "_name"].split("; "), r[e + "_pins"].split("; ")))
+            elif r[e] == "branch point":
+                check(r[e + "_name"].startswith("BP") and r[e + "_meets"], "branch point %r" % r)
+            else:
+                check(r[e + "_name"] == "" and r[e + "_meets"] == "", "free end %r" % r)
+        check(sorted(at_ends) == sorted(named.get(i, [])), "connectors of %d: %r" % (i, at_ends))
+        if i in json_names and len(named.get(i, [])) == 2 and r["end1"] == r["end2"] == "connector":
+            shown = {"%s (%s)" % (n, p) if p else n for n, p in at_ends}
+            check(shown == json_names[i], "segment %d: %r against the JSON's %r" % (i, shown, json_names[i]))
+        elif i in json_names and at_ends:
+            shown = ", ".join("%s (%s)" % (n, p) if p else n for n, p in at_ends)
+            check(json_names[i] == {shown}, "segment %d: %r against the JSON's %r" % (i, shown, json_names[i]))
+
+    # A branch point is one place: every row naming it lists the same segments there, and its
+    # numbers follow the order the rows first name them.
+    places = {}
+    order = []
+    for i, r in sorted(by_id.items()):
+        for e in ("end1", "end2"):
+            meets = {int(x) for x in r[e + "_meets"].split()}
+            for other in meets:
+                check(i in {int(x) for x in by_id[other]["end1_meets"].split()} |
+                      {int(x) for x in by_id[other]["end2_meets"].split()},
+                      "segment %d meets %d but not the other way round" % (i, other))
+            if r[e] == "branch point":
+                name = r[e + "_name"]
+                if name not in places:
+                    order.append(name)
+                places.setdefault(name, set()).add(frozenset(meets | {i}))
+    check(order == ["BP%d" % (k + 1) for k in range(len(order))], "branch point order %r" % order)
+    for name, groups in places.items():
+        check(len(groups) == 1, "%s names different places: %r" % (name, groups))
+
+    # The bill: one row per connector of the component texts, in the order the rows name them.
+    entries = {}
+    for i in ids:
+        for connector, pins in named.get(i, []):
+            entries.setdefault(connector, []).append((i, pins))
+    check([b["connector"] for b in bill] == list(entries), "bill order %r" % [b["connector"] for b in bill])
+    for b in bill:
+        want = entries[b["connector"]]
+        check(b["segments"] == " ".join(str(i) for i, _ in want) and
+              b["pins"] == "; ".join(p for _, p in want) and b["segment_count"] == str(len(want)),
+              "bill row %r, wanted %r" % (b, want))
+    return by_id, bill
+
+
 def check_lost(code, err, doc, ids):
     """A run that lost `ids` exits 12, names each on stderr and in the JSON."""
     check(code == SEGMENTS_DROPPED, "exit %d, wanted %d: %r" % (code, SEGMENTS_DROPPED, err))
@@ -309,6 +433,7 @@ def example_group(name):
             check_pdf(outs[2])
             check_png(outs[3])
             check_dxf_against_json(outs[4], doc)
+            check_cut_list(outs[5], doc, source, {i: "lost by the layout" for i in lost})
             check(sorted(os.listdir(tmp)) == sorted(os.path.basename(o) for o in outs),
                   "stray files: %s" % os.listdir(tmp))
 
@@ -401,7 +526,8 @@ def example_group(name):
                     json.dump(source, f)
                 dxf_path = os.path.join(tmp, "board.dxf")
                 res = os.path.join(tmp, "board.json")
-                code, _, err = run([path, "-q", "-u", units, "-o", dxf_path, "-o", res])
+                cut = os.path.join(tmp, "board.csv")
+                code, _, err = run([path, "-q", "-u", units, "-o", dxf_path, "-o", res, "-o", cut])
                 check(code == 0, "exit %d: %s" % (code, err))
                 doc = load_json(res)
                 dxf = read_dxf_audited(dxf_path)
@@ -419,11 +545,129 @@ def example_group(name):
                           "cm": "19  15.8 cm  %%c3 mm", "in": "19  6.23 in  %%c3 mm",
                           "ft": "19  0.519 ft  %%c3 mm"}[units]
                 check(texts == [wanted], "segment 19: %r, wanted %r" % (texts, wanted))
-                check(sorted(os.listdir(tmp)) == sorted(["board.dxf", "board.json", os.path.basename(path)]),
+                # The cut list keeps a tenth of a millimetre in every unit; diameters in mm.
+                header, rows, _, _ = read_cut_list(cut)
+                check(header[2:4] == ["length_" + units, "diameter_mm"], "header %r" % header)
+                row = [r for r in rows if r["segment"] == "19"][0]
+                wanted = {"m": "0.1583", "mm": "158.3", "cm": "15.83", "in": "6.233", "ft": "0.5194"}[units]
+                check(row["length_" + units] == wanted and row["diameter_mm"] == "3.0",
+                      "segment 19 in the cut list: %r, wanted %s" % (row, wanted))
+                check(sorted(os.listdir(tmp)) == sorted(["board.csv", "board.dxf", "board.json", os.path.basename(path)]),
                       "stray files: %s" % os.listdir(tmp))
 
         for units in ("m", "mm", "cm", "in", "ft"):
             dxf_units_and_labels(units)
+
+        @case("cut list")
+        def cut_list(layout_type):
+            with tempfile.TemporaryDirectory() as tmp:
+                source = load_json(doc_path)
+                res = os.path.join(tmp, "engine-bay.json")
+                first = os.path.join(tmp, "cut-list.csv")
+                second = os.path.join(tmp, "again.csv")
+                args = [doc_path, "-q", "--type", layout_type]
+                code, _, err = run(args + ["-o", res, "-o", first])
+                lost = LOST.get(("engine-bay", 1 if layout_type == "length" else 0), [])
+                check(code == (SEGMENTS_DROPPED if lost else 0), "exit %d: %r" % (code, err))
+                doc = load_json(res)
+                rows, bill = check_cut_list(first, doc, source)
+                check(len(rows) == 42 and len(bill) == len(source["components"]), "%d rows, %d connectors" % (len(rows), len(bill)))
+                # Segment 19 runs from a branch point of the trunk (with 13, 14, 18 and 20) to the oil pressure switch: by
+                # length the layout loses it, and the board builder still has to cut it.
+                r = rows[19]
+                check(r["status"] == ("lost by the layout" if lost else "laid out"), "status of 19: %r" % r)
+                check(19 not in [s["id"] for s in doc["segments"]] if lost else True, "19 lost by length")
+                check(r["length_m"] == "0.1583" and r["diameter_mm"] == "3.0", "segment 19: %r" % r)
+                check(r["end1"] == "branch point" and r["end1_meets"] == "13 14 18 20" and
+                      (r["end2"], r["end2_name"], r["end2_pins"]) == ("connector", "X14@Oil pressure switch", "1"),
+                      "ends of 19: %r" % r)
+                # Segment 1 leaves the engine control unit for the first branch point, where 2, 3
+                # and 6 go on.
+                r = rows[1]
+                check((r["end1"], r["end1_name"], r["end1_pins"]) == ("connector", "X1@Engine control unit", "1-82") and
+                      (r["end2"], r["end2_name"], r["end2_meets"]) == ("branch point", "BP1", "2 3 6"),
+                      "ends of 1: %r" % r)
+                check(bill[0] == {"connector": "X1@Engine control unit", "segments": "1", "pins": "1-82",
+                                  "segment_count": "1"}, "bill row of X1: %r" % bill[0])
+                # The same input gives the same bytes.
+                code, _, err = run(args + ["-o", second])
+                with open(first, "rb") as a, open(second, "rb") as b:
+                    check(a.read() == b.read(), "two runs differ")
+                check(sorted(os.listdir(tmp)) == ["again.csv", "cut-list.csv", "engine-bay.json"],
+                      "stray files: %s" % os.listdir(tmp))
+
+        for layout_type in ("diameter", "length"):
+            cut_list(layout_type)
+
+        @case("cut list quoting")
+        def cut_list_quoting():
+            # Names with a comma, a quote, a line break and letters beyond ASCII come back as they
+            # were from any CSV reader.
+            names = {1: 'X1@Lamp, "front" left', 2: "X2@Horn\nlow", 3: "X3@Lüfter"}
+            doc = {"name": "Quoting", "components": [{"id": 1, "text": "1-2@" + names[1]},
+                                                    {"id": 2, "text": 'A,"B"@' + names[2]},
+                                                    {"id": 3, "text": "7@" + names[3]}],
+                   "segments": [{"id": i, "value": 0.0025, "entities": [
+                       {"kind": "line", "start": [0, 0, 0], "end": [end[0], end[1], 0]}]}
+                       for i, end in ((1, (0.3, 0)), (2, (0, 0.2)), (3, (-0.25, 0)))]}
+            with tempfile.TemporaryDirectory() as tmp:
+                path = os.path.join(tmp, "quoting.json")
+                with open(path, "w", encoding="utf-8") as f:
+                    json.dump(doc, f, ensure_ascii=False)
+                out = os.path.join(tmp, "q.csv")
+                res = os.path.join(tmp, "q.json")
+                code, _, err = run([path, "-q", "-o", out, "-o", res])
+                check(code == 0, "exit %d: %r" % (code, err))
+                with open(out, "rb") as f:
+                    raw = f.read()
+                check(b'"X1@Lamp, ""front"" left"' in raw, "comma and quote quoted: %r" % raw)
+                check(b'"X2@Horn\nlow"' in raw and b'"A,""B"""' in raw, "line break and pins quoted: %r" % raw)
+                check("X3@Lüfter".encode("utf-8") in raw, "UTF-8: %r" % raw)
+                rows, bill = check_cut_list(out, load_json(res), doc)
+                for i in (1, 2, 3):
+                    r = rows[i]
+                    check(r["end1"] == "branch point" and r["end1_name"] == "BP1" and
+                          r["end2"] == "connector" and r["end2_name"] == names[i], "row %d: %r" % (i, r))
+                check(rows[2]["end2_pins"] == 'A,"B"' and rows[1]["end1_meets"] == "2 3", "pins and meets: %r" % rows)
+                check([b["connector"] for b in bill] == [names[1], names[2], names[3]], "bill %r" % bill)
+
+        cut_list_quoting()
+
+        @case("cut list connector ends")
+        def cut_list_connector_ends():
+            # Two connectors of one segment go to its two free ends, one each; with one free end
+            # both go there; with none, to end 1, which still lists the segments meeting there.
+            def seg(i, a, b):
+                return {"id": i, "value": 0.004, "entities": [
+                    {"kind": "line", "start": [a[0], a[1], 0], "end": [b[0], b[1], 0]}]}
+            chain = {"name": "Chain", "components": [{"id": 2, "text": "5@X5@Mid"},
+                                                    {"id": 3, "text": "1@X3@A:2@X4@B"}],
+                     "segments": [seg(1, (0, 0), (0.3, 0)), seg(2, (0.3, 0), (0.6, 0)),
+                                  seg(3, (0.6, 0), (0.9, 0.1))]}
+            jumper = {"name": "Jumper", "components": [{"id": 7, "text": "1@X1@A:2@X2@B"}],
+                      "segments": [seg(7, (0, 0), (0.4, 0.1))]}
+            with tempfile.TemporaryDirectory() as tmp:
+                for doc in (chain, jumper):
+                    path = os.path.join(tmp, doc["name"] + ".json")
+                    with open(path, "w") as f:
+                        json.dump(doc, f)
+                    out = os.path.join(tmp, doc["name"] + ".csv")
+                    res = os.path.join(tmp, doc["name"] + ".res.json")
+                    code, _, err = run([path, "-q", "-o", out, "-o", res])
+                    check(code == 0, "%s: exit %d: %r" % (doc["name"], code, err))
+                    rows, bill = check_cut_list(out, load_json(res), doc)
+                    ends = {i: [(r[e], r[e + "_name"], r[e + "_pins"], r[e + "_meets"]) for e in ("end1", "end2")]
+                            for i, r in rows.items()}
+                    if doc is chain:
+                        check(ends[1] == [("free end", "", "", ""), ("branch point", "BP1", "", "2")], "1: %r" % ends[1])
+                        check(ends[2] == [("connector", "X5@Mid", "5", "1"), ("branch point", "BP2", "", "3")], "2: %r" % ends[2])
+                        check(ends[3] == [("branch point", "BP2", "", "2"), ("connector", "X3@A; X4@B", "1; 2", "")],
+                              "3: %r" % ends[3])
+                        check([b["connector"] for b in bill] == ["X5@Mid", "X3@A", "X4@B"], "bill %r" % bill)
+                    else:
+                        check(ends[7] == [("connector", "X1@A", "1", ""), ("connector", "X2@B", "2", "")], "7: %r" % ends[7])
+
+        cut_list_connector_ends()
 
 
 def failures_group():
@@ -452,6 +696,10 @@ def failures_group():
             check_dxf_texts(dxf, doc)
             layers = {e.dxf.layer for e in dxf.modelspace() if e.dxftype() == "LINE"}
             check(layers == {"SEG_%d" % s["id"] for s in doc["segments"]}, "input sketch in the DXF")
+            # The cut list is written from the input sketch and says it was not laid out.
+            rows, _ = check_cut_list(outs[5], doc, load_json(doc_path))
+            check(all(r["status"] == "not laid out: " + doc["status_text"] for r in rows.values()),
+                  "status column: %r" % {r["status"] for r in rows.values()})
             check(len(os.listdir(tmp)) == len(FORMATS), "stray files: %s" % os.listdir(tmp))
 
     failure("door-loop", 7, "Loop Segment", [202, 205, 208])
@@ -528,7 +776,7 @@ def failures_group():
             path = os.path.join(tmp, "multi-pin.json")
             with open(path, "w") as f:
                 json.dump(doc, f)
-            outs = [os.path.join(tmp, "r" + ext) for ext in (".json", ".svg", ".pdf")]
+            outs = [os.path.join(tmp, "r" + ext) for ext in (".json", ".svg", ".pdf", ".csv")]
             args = [path]
             for o in outs:
                 args += ["-o", o]
@@ -549,6 +797,10 @@ def failures_group():
                 check(desc.startswith("OK  ") and "1 removed by the multi-pin clean-up: 2 (kept: 3)" in desc,
                       "SVG status: %r" % desc)
                 check("INCOMPLETE" not in pdf_text(outs[2]), "no banner in the PDF")
+                # Both pins of the lamp are still cut: 2 is marked, and the bill takes both.
+                rows, bill = check_cut_list(outs[3], result, doc, {2: "removed by the multi-pin clean-up", 3: "laid out"})
+                check(bill == [{"connector": "X7@Lamp", "segments": "2 3", "pins": "1; 2", "segment_count": "2"}],
+                      "bill %r" % bill)
             code, out, err = run([path, "-q"])
             check(code == 0 and out == "" and err == "", "quiet: %d %r %r" % (code, out, err))
 
@@ -986,7 +1238,7 @@ def options_group():
     def help_and_version():
         code, out, _ = run(["--help"])
         check(code == 0, "--help exit %d" % code)
-        for text in ("--grid", "--mode", "--scale", "metres", "--report", ".dxf", "Exit codes",
+        for text in ("--grid", "--mode", "--scale", "metres", "--report", ".dxf", ".csv", "cut list", "Exit codes",
                      "12 the layout lost segments"):
             check(text in out, "--help lacks %r" % text)
         code, out, _ = run(["--version"])

@@ -26,6 +26,10 @@ char const* const kFooter = R"(Outputs (-o, any number, chosen by extension):
   .dxf   ASCII DXF R2000 in the units of --units: a layer SEG_<id> per segment with
          LINE and ARC entities and a TEXT with id, length and diameter; connector
          names on the layer CONNECTORS
+  .csv   the cut list: a row per segment of the document (also those the layout lost,
+         marked in its status column) with its true length, diameter in mm and what is
+         at each end (connector and pins, branch point BP<n> with the segments meeting
+         there, or free end); a blank line, then the bill of connectors
 PDF and SVG are the same bytes for the same input; a PDF is dated SOURCE_DATE_EPOCH
 when that is set, and carries no date otherwise.
 
@@ -39,9 +43,9 @@ Exit codes: 0 done; 1-6 the host could not provide the route sketch (the run's s
 3 the document cannot be read, is malformed, too large for the grid or smaller than a
 grid step; 9 an output file could not be written; 10 an internal error; 11 the run
 (reading, layout and writing) exceeded --time-limit, and no output was written;
-12 the layout lost segments (named on stderr, in the JSON and the drawings). Outputs are still
-written when a check fails or segments are lost. Interrupted (SIGINT, SIGTERM), the tool
-removes its temporary files and dies of the signal.)";
+12 the layout lost segments (named on stderr, in the JSON, the drawings and the cut
+list). Outputs are still written when a check fails or segments are lost. Interrupted
+(SIGINT, SIGTERM), the tool removes its temporary files and dies of the signal.)";
 
 std::string lower(std::string s)
 {
@@ -71,7 +75,7 @@ bool CommandLine::knownExtension(std::string const& path, std::string& extension
         return false;
     extension = lower(path.substr(dot));
     return extension == ".json" || extension == ".svg" || extension == ".pdf" ||
-           extension == ".png" || extension == ".dxf";
+           extension == ".png" || extension == ".dxf" || extension == ".csv";
 }
 
 bool CommandLine::parseSpacing(std::string const& text, double& value, std::string& why)
@@ -114,7 +118,7 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
                        std::ostream& err)
 {
     CLI::App app{"Lays out a route document with krlayout and writes the result as JSON, "
-                 "drawings (SVG, PDF, PNG) and DXF.",
+                 "drawings (SVG, PDF, PNG), DXF and a cut list (CSV).",
                  "krlayout"};
     app.footer(kFooter);
     app.set_version_flag("--version", std::string("krlayout ") + KRLAYOUT_VERSION_STRING);
@@ -134,7 +138,7 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
                    "Route document (JSON). Without one the bundled engine-bay example is laid out")
         ->type_name("FILE");
     app.add_option("-o,--output", options.outputs,
-                   "Write an output; the extension chooses the format: .json .svg .pdf .png .dxf")
+                   "Write an output; the extension chooses the format: .json .svg .pdf .png .dxf .csv")
         ->allow_extra_args(false)
         ->type_name("FILE");
     app.add_option("-e,--example", options.example,
@@ -271,7 +275,7 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
             return fail("--output: empty file name");
         if (!knownExtension(path, ext))
             return fail("--output: '" + path +
-                        "': unknown output format (use .json, .svg, .pdf, .png or .dxf)");
+                        "': unknown output format (use .json, .svg, .pdf, .png, .dxf or .csv)");
         if (ext == ".pdf")
             wantsPdf = true;
     }

@@ -8,12 +8,18 @@ namespace krtool {
 
 namespace {
 
-using Key = std::pair<long long, long long>;
+using Key = ConnectorPlacer::PointKey;
 
 Key keyOf(Point2 const& p)
 {
-    // Points within the tolerance share a key (close to the boundary they may not; a missed
-    // match only moves a name to the other end).
+    return ConnectorPlacer::pointKey(p);
+}
+
+}  // namespace
+
+ConnectorPlacer::PointKey ConnectorPlacer::pointKey(Point2 const& p)
+{
+    // A missed match close to a cell boundary only moves a name to the other end.
     double const step = 10.0 * Geometry2D::kTolerance;
     auto cell = [step](double v) {
         double const c = std::round(v / step);
@@ -26,8 +32,6 @@ Key keyOf(Point2 const& p)
     };
     return {cell(p.x), cell(p.y)};
 }
-
-}  // namespace
 
 std::vector<Point2> ConnectorPlacer::chainEnds(std::vector<std::pair<Point2, Point2>> const& lines)
 {

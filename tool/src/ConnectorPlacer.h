@@ -30,6 +30,11 @@ public:
     // when every point is met an even number of times (a closed chain).
     static std::vector<Point2> chainEnds(std::vector<std::pair<Point2, Point2>> const& lines);
 
+    // Points within 10 times the library's tolerance share a key (close to a cell boundary they
+    // may not). Segments whose line ends share a key meet there.
+    using PointKey = std::pair<long long, long long>;
+    static PointKey pointKey(Point2 const& p);
+
     // "X12@ECU (1-4)": the connector with its pins.
     static std::string displayName(std::string const& connector, std::string const& pin);
 };

@@ -2,6 +2,7 @@
 // host's relations and fillets, and the status of the run. Every output is written from this.
 #pragma once
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -113,6 +114,11 @@ struct LayoutResult {
     std::vector<long> removedIds;
     // The same segments, in the same order, each with the reason it is missing.
     std::vector<DroppedSegment> dropped;
+    // The same segments again, in the same order, as the document has them (length, diameter,
+    // input sketch): a cut list still has to name them.
+    std::vector<ResultSegment> missing;
+    // The component map's texts by segment id, as the document has them.
+    std::map<long, std::string> componentTexts;
     // What the host was asked to do: name and count, in a fixed order.
     std::vector<std::pair<std::string, long>> hostCounters;
     // Warnings about the input, in the order they were printed.

@@ -310,6 +310,7 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
     result.fillets = options.fillets;
     result.feature = options.hasFeature ? options.feature : std::string();
     readInput(result);
+    result.componentTexts = componentTexts();
 
     std::vector<long> ids;
     std::map<long, std::vector<std::pair<long, long>>> lineIds;
@@ -422,12 +423,12 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
         }
         // What is left of the input is missing from the result; the kept segments still carry
         // their input lines, which tell the multi-pin clean-up's removals from the others.
-        std::vector<ResultSegment> missing;
         for (auto& [id, s] : input) {
             result.removedIds.push_back(id);
-            missing.push_back(std::move(s));
+            result.missing.push_back(std::move(s));
         }
-        result.dropped = DroppedSegments::classify(missing, result.segments, componentTexts());
+        result.dropped = DroppedSegments::classify(result.missing, result.segments,
+                                                   result.componentTexts);
 
         // Relations by line, and fillets by the joint of two consecutive lines.
         std::map<std::pair<long, long>, std::pair<size_t, size_t>> where;
@@ -462,7 +463,7 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
         result.laidOut = true;
     }
 
-    ConnectorPlacer::place(result, componentTexts());
+    ConnectorPlacer::place(result, result.componentTexts);
 
     result.hostCounters = {
         {"requests", static_cast<long>(rec.requests().size())},

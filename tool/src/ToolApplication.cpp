@@ -2,6 +2,7 @@
 
 #include "AtomicOutputFile.h"
 #include "CommandLine.h"
+#include "CutListWriter.h"
 #include "DrawingRenderer.h"
 #include "DroppedSegments.h"
 #include "DxfWriter.h"
@@ -205,6 +206,8 @@ std::unique_ptr<AtomicOutputFile> ToolApplication::writeOutput(std::string const
             ResultDocument::write(os, result, report, source);
         } else if (ext == ".dxf") {
             DxfWriter::write(os, result);
+        } else if (ext == ".csv") {
+            CutListWriter::write(os, result);
         } else {
             DrawingRenderer::Options drawing;
             drawing.format = ext == ".svg"   ? DrawingRenderer::Format::Svg
