@@ -3,6 +3,7 @@
 #include "AtomicOutputFile.h"
 #include "CommandLine.h"
 #include "DrawingRenderer.h"
+#include "PaperSize.h"
 #include "DroppedSegments.h"
 #include "DxfWriter.h"
 #include "ExampleLocator.h"
@@ -188,6 +189,7 @@ std::unique_ptr<AtomicOutputFile> ToolApplication::writeOutput(std::string const
                              : ext == ".pdf" ? DrawingRenderer::Format::Pdf
                                              : DrawingRenderer::Format::Png;
             drawing.paperScale = options.paperScale;
+            drawing.paperGiven = PaperSize::find(options.paper, drawing.paper);
             drawing.createdAt = options.pdfCreatedAt;
             DrawingRenderer::render(os, result, report, drawing);
         }
