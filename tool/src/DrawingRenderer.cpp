@@ -915,6 +915,8 @@ void Painter::render(std::ostream& out)
 
 std::string Painter::scaleText() const
 {
+    if (options_.paperScale > 1.0)
+        return UnitFormat::plain(options_.paperScale) + ":1";
     return "1:" + UnitFormat::plain(1.0 / options_.paperScale);
 }
 
