@@ -1217,6 +1217,11 @@ def options_group():
         (["--time-limit", "nan"], ["--time-limit", "not a number of seconds"]),
         (["--time-limit", "soon"], ["--time-limit", "not a number of seconds"]),
         (["--time-limit", "86401"], ["--time-limit", "not a number of seconds"]),
+        (["--scale", "1:1", "--paper", "B5"], ["--paper", "'B5' is not a paper size", "A4, A3"]),
+        (["--scale", "1:1", "--paper", ""], ["--paper", "is not a paper size"]),
+        (["--scale", "1:1", "--paper", "A3x"], ["--paper", "'A3x' is not a paper size"]),
+        (["--paper", "A3"], ["--paper needs a fixed --scale"]),
+        (["--scale", "fit", "--paper", "A4"], ["--paper needs a fixed --scale"]),
     ]
 
     @case("bad option")
@@ -1239,7 +1244,7 @@ def options_group():
         code, out, _ = run(["--help"])
         check(code == 0, "--help exit %d" % code)
         for text in ("--grid", "--mode", "--scale", "metres", "--report", ".dxf", ".csv", "cut list", "Exit codes",
-                     "12 the layout lost segments"):
+                     "12 the layout lost segments", "--paper", "200 in", "whichever"):
             check(text in out, "--help lacks %r" % text)
         code, out, _ = run(["--version"])
         check(code == 0 and out.startswith("krlayout "), "--version: %d %r" % (code, out))
@@ -1282,6 +1287,7 @@ def options_group():
             check(code == 0, "1:10")
 
     full_size_pdf()
+    sheets_tests()
 
     @case("write failures")
     def write_failures():
@@ -1385,6 +1391,241 @@ def options_group():
             check(listing(tmp) == ["doc.json"], "files written: %s" % listing(tmp))
 
     input_kept()
+
+
+# ---------------------------------------------------------------------------------------------
+# A fixed-scale PDF tiled onto sheets of paper
+
+POINTS_PER_METRE = 72 / 0.0254
+POINTS_PER_MM = 72 / 25.4
+PAPERS = {"A4": (595.28, 841.89), "A3": (841.89, 1190.55), "letter": (612.0, 792.0)}
+SHEET_MARGIN = 15 * POINTS_PER_MM    # round a sheet's picture
+SHEET_OVERLAP = 10 * POINTS_PER_MM   # shared by neighbouring sheets
+
+
+def page_sizes(pdf):
+    info = subprocess.run(["pdfinfo", pdf], stdout=subprocess.PIPE).stdout.decode()
+    pages = int([l for l in info.splitlines() if l.startswith("Pages:")][0].split()[1])
+    info = subprocess.run(["pdfinfo", "-f", "1", "-l", str(pages), pdf], stdout=subprocess.PIPE).stdout.decode()
+    sizes = []
+    for l in info.splitlines():
+        if l.startswith("Page") and " size:" in l:
+            f = l.split(":", 1)[1].split()
+            sizes.append((float(f[0]), float(f[2])))
+    check(len(sizes) == pages, "pdfinfo gave %d sizes for %d pages" % (len(sizes), pages))
+    return sizes
+
+
+def page_text(pdf, page):
+    return subprocess.run(["pdftotext", "-f", str(page), "-l", str(page), "-layout", pdf, "-"],
+                          stdout=subprocess.PIPE).stdout.decode("utf-8", "replace")
+
+
+def drawing_size(extent, scale=1.0):
+    """The drawing in points: the extent at the scale plus its title block, scale bar and the
+    room for labels round it (the same margins as a single full-size page)."""
+    width = max(extent["width"] * scale * POINTS_PER_METRE + 2 * (36 + 56), 680)
+    height = max(extent["height"] * scale * POINTS_PER_METRE + 72 + 64 + 2 * 56, 320)
+    return width, height
+
+
+def expected_sheets(extent, paper, scale):
+    """(columns, rows, landscape) for the paper: the orientation that needs fewer sheets,
+    landscape on a tie."""
+    width, height = drawing_size(extent, scale)
+    short, long_ = PAPERS[paper]
+
+    def along(length, image):
+        return 1 if length <= image else math.ceil((length - SHEET_OVERLAP) / (image - SHEET_OVERLAP))
+
+    best = None
+    for landscape in (True, False):
+        pw, ph = (long_, short) if landscape else (short, long_)
+        cols = along(width, pw - 2 * SHEET_MARGIN)
+        rows = along(height, ph - 2 * SHEET_MARGIN)
+        if best is None or cols * rows < best[0] * best[1]:
+            best = (cols, rows, landscape)
+    return best
+
+
+def sheet_name(col, row):
+    name = ""
+    c = col + 1
+    while c > 0:
+        c, r = divmod(c - 1, 26)
+        name = chr(ord("A") + r) + name
+    return name + str(row + 1)
+
+
+def is_paper(size, paper):
+    short, long_ = PAPERS[paper]
+    w, h = size
+    return (abs(w - short) < 0.02 and abs(h - long_) < 0.02) or (abs(w - long_) < 0.02 and abs(h - short) < 0.02)
+
+
+def check_sheets(pdf, extent, paper, scale=1.0):
+    """The PDF is an overview and the sheets of the paper, each labelled; returns the plan."""
+    cols, rows, landscape = expected_sheets(extent, paper, scale)
+    sheets = cols * rows
+    sizes = page_sizes(pdf)
+    overview = 1 if sheets > 1 else 0
+    check(len(sizes) == sheets + overview, "%d pages, wanted %d sheets%s (%d x %d)" %
+          (len(sizes), sheets, " and an overview" if overview else "", cols, rows))
+    for n, size in enumerate(sizes, 1):
+        check(size[0] <= 14400 and size[1] <= 14400, "page %d is over 200 in: %r" % (n, size))
+        check(is_paper(size, paper), "page %d is not %s: %r" % (n, paper, size))
+        if n > overview:
+            check((size[0] > size[1]) == landscape, "page %d is %r, wanted %s" %
+                  (n, size, "landscape" if landscape else "portrait"))
+    total = len(sizes)
+    if overview:
+        text = page_text(pdf, 1)
+        check("Overview" in text and "page 1 of %d" % total in text, "page 1 is no overview: %r" % text[:300])
+        for row in range(rows):
+            for col in range(cols):
+                check(sheet_name(col, row) in text, "overview lacks %s" % sheet_name(col, row))
+    for row in range(rows):
+        for col in range(cols):
+            page = overview + 1 + row * cols + col
+            text = page_text(pdf, page)
+            name = sheet_name(col, row)
+            check(name in text.split(), "page %d lacks its name %s" % (page, name))
+            check("page %d of %d" % (page, total) in text, "page %d lacks 'page %d of %d'" % (page, page, total))
+            adjoins = ["left " + (sheet_name(col - 1, row) if col > 0 else "–"),
+                       "right " + (sheet_name(col + 1, row) if col + 1 < cols else "–"),
+                       "above " + (sheet_name(col, row - 1) if row > 0 else "–"),
+                       "below " + (sheet_name(col, row + 1) if row + 1 < rows else "–")]
+            for a in adjoins:
+                check(a in text, "page %d (%s) lacks %r" % (page, name, a))
+    return cols, rows, landscape
+
+
+def grid_line_spacing(pdf, page, dpi):
+    """Renders a page in grey and returns the x positions (pixels) of the vertical lines that run
+    through at least half of it: the drawing's grid lines and the lines drawn on them."""
+    with tempfile.TemporaryDirectory() as tmp:
+        base = os.path.join(tmp, "page")
+        subprocess.run(["pdftoppm", "-f", str(page), "-l", str(page), "-r", str(dpi), "-gray",
+                        "-singlefile", pdf, base], check=True)
+        with open(base + ".pgm", "rb") as f:
+            data = f.read()
+    # Binary PGM: P5, width, height, maxval, then the pixels.
+    fields = []
+    pos = 0
+    while len(fields) < 4:
+        while data[pos:pos + 1].isspace():
+            pos += 1
+        start = pos
+        while not data[pos:pos + 1].isspace():
+            pos += 1
+        fields.append(data[start:pos])
+    pos += 1
+    width, height = int(fields[1]), int(fields[2])
+    dark = bytes(1 if v < 250 else 0 for v in range(256))
+    counts = [0] * width
+    for y in range(height):
+        row = data[pos + y * width:pos + (y + 1) * width].translate(dark)
+        counts = [a + b for a, b in zip(counts, row)]
+    lines = []
+    x = 0
+    while x < width:
+        if counts[x] > height / 2:
+            start = x
+            while x < width and counts[x] > height / 2:
+                x += 1
+            lines.append((start + x - 1) / 2)
+        x += 1
+    return lines
+
+
+def sheets_tests():
+    cabinet = os.path.join(EXAMPLES, "machine-cabinet.json")
+    engine = os.path.join(EXAMPLES, "engine-bay.json")
+
+    @case("machine-cabinet at 1:1 tiled onto A3")
+    def cabinet_sheets():
+        env = {k: v for k, v in os.environ.items() if k != "SOURCE_DATE_EPOCH"}
+        with tempfile.TemporaryDirectory() as tmp:
+            pdfs = []
+            for n in (1, 2):
+                pdf = os.path.join(tmp, "cabinet%d.pdf" % n)
+                res = os.path.join(tmp, "cabinet.json")
+                code, _, err = run([cabinet, "--scale", "1:1", "-q", "-o", pdf, "-o", res], env=env)
+                check(code == 0, "exit %d: %s" % (code, err))
+                pdfs.append(pdf)
+            extent = load_json(res)["quality"]["extent"]
+            width, _ = drawing_size(extent)
+            check(width > 14400, "the drawing is %.0f pt wide: it must need tiling" % width)
+            cols, rows, landscape = check_sheets(pdfs[0], extent, "A3")
+            check(cols * rows > 1, "more than one sheet")
+            with open(pdfs[0], "rb") as a, open(pdfs[1], "rb") as b:
+                check(a.read() == b.read(), "two runs gave different PDFs")
+            # The same with --paper A3 given, and dated: identical again.
+            env["SOURCE_DATE_EPOCH"] = "1700000000"
+            dated = []
+            for n in (1, 2):
+                pdf = os.path.join(tmp, "dated%d.pdf" % n)
+                code, _, err = run([cabinet, "--scale", "1:1", "--paper", "a3", "-q", "-o", pdf], env=env)
+                check(code == 0, "exit %d: %s" % (code, err))
+                dated.append(pdf)
+            with open(dated[0], "rb") as a, open(dated[1], "rb") as b:
+                check(a.read() == b.read(), "two dated runs gave different PDFs")
+            check(len(page_sizes(dated[0])) == cols * rows + 1, "--paper A3 gives the same sheets")
+            # True scale: a sheet in the middle shows the 20 mm grid 20 mm apart on paper.
+            dpi = 127  # 5 pixels per millimetre
+            lines = grid_line_spacing(pdfs[0], 1 + (cols * rows + 1) // 2, dpi)
+            check(len(lines) >= 5, "grid lines found: %r" % lines)
+            pitch = 20 * dpi / 25.4
+            for a, b in zip(lines, lines[1:]):
+                k = round((b - a) / pitch)
+                check(k >= 1 and abs((b - a) - k * pitch) <= 1.5,
+                      "grid lines %.1f and %.1f px apart: not a multiple of 20 mm (%.1f px)" % (a, b, pitch))
+            check(any(round((b - a) / pitch) == 1 for a, b in zip(lines, lines[1:])), "neighbouring grid lines %r" % lines)
+
+    cabinet_sheets()
+
+    @case("engine-bay at 1:1 on A4")
+    def engine_a4():
+        with tempfile.TemporaryDirectory() as tmp:
+            pdf = os.path.join(tmp, "engine.pdf")
+            res = os.path.join(tmp, "engine.json")
+            code, _, err = run([engine, "--scale", "1:1", "--paper", "A4", "-q", "-o", pdf, "-o", res])
+            check(code == 0, "exit %d: %s" % (code, err))
+            extent = load_json(res)["quality"]["extent"]
+            cols, rows, _ = check_sheets(pdf, extent, "A4")
+            check(cols * rows > 1, "engine-bay needs several A4 sheets")
+            # SVG and PNG stay one page whatever --paper says.
+            svg = os.path.join(tmp, "engine.svg")
+            code, _, err = run([engine, "--scale", "1:1", "--paper", "A4", "-q", "-o", svg])
+            check(code == 0, "exit %d: %s" % (code, err))
+            root = ET.parse(svg).getroot()
+            check(float(root.get("width").rstrip("pt")) > 5000, "the SVG is one full-size page")
+
+    engine_a4()
+
+    @case("one sheet when the drawing fits")
+    def one_sheet():
+        with tempfile.TemporaryDirectory() as tmp:
+            pdf = os.path.join(tmp, "small.pdf")
+            res = os.path.join(tmp, "small.json")
+            code, _, err = run([engine, "--scale", "1:1000", "--paper", "letter", "-q", "-o", pdf, "-o", res])
+            check(code == 0, "exit %d: %s" % (code, err))
+            check(check_sheets(pdf, load_json(res)["quality"]["extent"], "letter", 0.001)[:2] == (1, 1), "one sheet")
+            text = page_text(pdf, 1)
+            check("Overview" not in text and "page 1 of 1" in text, "a lone sheet: %r" % text[:200])
+
+    one_sheet()
+
+    @case("too many sheets")
+    def too_many():
+        with tempfile.TemporaryDirectory() as tmp:
+            pdf = os.path.join(tmp, "huge.pdf")
+            code, _, err = run([cabinet, "--scale", "20:1", "--paper", "A4", "-q", "-o", pdf])
+            check(code == 9, "exit %d: %r" % (code, err))
+            check("sheets of A4" in err and "--paper" in err, "message: %r" % err)
+            check(listing(tmp) == [], "files written: %s" % listing(tmp))
+
+    too_many()
 
 
 def tree_document(path, count, loop=False):

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "PaperSize.h"
 #include "UnitFormat.h"
 
 #include <CLI/CLI.hpp>
@@ -32,6 +33,15 @@ char const* const kFooter = R"(Outputs (-o, any number, chosen by extension):
          there, or free end); a blank line, then the bill of connectors
 PDF and SVG are the same bytes for the same input; a PDF is dated SOURCE_DATE_EPOCH
 when that is set, and carries no date otherwise.
+
+Printing at a fixed scale (--scale 1:1, 1:N): with --paper the PDF is tiled onto sheets of
+that paper, each at true scale with 10 mm of overlap between neighbours, crop marks, the
+sheet's grid name (columns A, B, ..., rows 1, 2, ...: "B2"), its page number and its
+neighbours; the first page is an overview of the whole drawing with the sheets drawn over
+it (no overview when one sheet holds it all). Each sheet is landscape or portrait, whichever
+needs fewer sheets (landscape on a tie). Without --paper the PDF is one page as long as it
+is at most 200 in (14,400 pt) on both sides, which viewers accept and plotters print; a
+larger drawing is tiled onto A3. SVG and PNG are always one page.
 
 Units: coordinates, lengths, diameters and grid spacings are in the document's model
 units: those of --units, else the document's "units" field, else metres. The default
@@ -172,6 +182,10 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
                    "PDF and SVG scale: fit, or PAPER:MODEL such as 1:1 (full size) or 1:10")
         ->type_name("SCALE")
         ->capture_default_str();
+    app.add_option("--paper", options.paper,
+                   "Tile a fixed-scale PDF onto sheets of this paper: A4, A3, A2, A1, A0, letter "
+                   "or tabloid (default: one page up to 200 in, A3 beyond)")
+        ->type_name("PAPER");
     app.add_flag("-q,--quiet", options.quiet, "Print nothing but errors");
     app.add_option("--time-limit", timeLimit,
                    "Give up when the run (reading, layout, writing) takes longer than SECONDS, "
@@ -256,6 +270,17 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
 
     if (!parseScale(scale, options.paperScale))
         return fail("--scale: '" + scale + "' is not a scale (fit, 1:1, 1:10, ...)");
+
+    if (app.count("--paper") > 0) {
+        PaperSize paper;
+        if (!PaperSize::find(options.paper, paper))
+            return fail("--paper: '" + options.paper + "' is not a paper size (" +
+                        PaperSize::names() + ")");
+        if (!(options.paperScale > 0.0))
+            return fail("--paper needs a fixed --scale such as 1:1 or 1:10: a fitted drawing "
+                        "(--scale fit) is one page and is not tiled");
+        options.paper = paper.name;
+    }
 
     if (!parseNumber(timeLimit, options.timeLimit) || !std::isfinite(options.timeLimit) ||
         options.timeLimit < 0.0 || options.timeLimit > 86400.0)

@@ -31,6 +31,13 @@ constexpr double kFooterHeight = 64.0;
 constexpr double kLabelRoom = 56.0;     // room around the drawing for labels and connector names
 constexpr double kMaxPngPixels = 12000.0;
 
+// Tiling a fixed-scale PDF onto sheets of paper.
+constexpr double kPointsPerMm = 72.0 / 25.4;
+constexpr double kMaxPdfSide = 14400.0;                 // 200 in: the largest page viewers take
+constexpr double kSheetMargin = 15.0 * kPointsPerMm;    // round each sheet's picture: labels, marks
+constexpr double kSheetOverlap = 10.0 * kPointsPerMm;   // shown on both of two neighbouring sheets
+constexpr double kMaxSheets = 999.0;
+
 struct Colour {
     double r, g, b;
 };
@@ -72,6 +79,47 @@ struct Frame {
     }
 };
 
+// How a drawing is cut into sheets: pictures of imageWidth x imageHeight points, one every stepX
+// and stepY, so that neighbours share kSheetOverlap.
+struct SheetPlan {
+    double pageWidth = 0.0;
+    double pageHeight = 0.0;
+    double imageWidth = 0.0;
+    double imageHeight = 0.0;
+    double stepX = 0.0;
+    double stepY = 0.0;
+    long columns = 1;
+    long rows = 1;
+    bool landscape = true;
+    // Where the drawing lies in the sheets' pictures put together: centred, so that the room
+    // left over is shared by the first and the last column, and row.
+    double offsetX = 0.0;
+    double offsetY = 0.0;
+};
+
+// Sheets needed along one side: one when the length fits a picture, otherwise enough pictures,
+// each overlapping the last, to cover it. A double, so that it is checked before it is counted.
+double sheetsAlong(double length, double image)
+{
+    if (length <= image)
+        return 1.0;
+    return std::ceil((length - kSheetOverlap) / (image - kSheetOverlap));
+}
+
+// Column names as in a spreadsheet: A ... Z, AA, AB, ...
+std::string columnName(long column)
+{
+    std::string name;
+    for (long c = column + 1; c > 0; c = (c - 1) / 26)
+        name.insert(name.begin(), static_cast<char>('A' + (c - 1) % 26));
+    return name;
+}
+
+std::string sheetName(long column, long row)
+{
+    return columnName(column) + std::to_string(row + 1);
+}
+
 struct SurfaceDeleter {
     void operator()(cairo_surface_t* s) const { cairo_surface_destroy(s); }
 };
@@ -96,6 +144,17 @@ public:
 
 private:
     void planPage();
+    void drawAll(DrawingCanvas& cr);
+    // A new PDF surface writing to `out`, its first page width x height, dated as asked.
+    SurfacePtr createPdf(std::ostream& out, double width, double height) const;
+    // A fixed-scale PDF cut into sheets of `paper`, an overview of them first.
+    void renderSheets(std::ostream& out, PaperSize const& paper);
+    SheetPlan planSheets(PaperSize const& paper) const;
+    void drawOverview(cairo_t* cr, cairo_surface_t* drawing, SheetPlan const& plan,
+                      PaperSize const& paper, double width, double height, long pages);
+    void drawSheet(cairo_t* cr, cairo_surface_t* drawing, SheetPlan const& plan,
+                   PaperSize const& paper, long column, long row, long page, long pages);
+    std::string scaleText() const;
     void drawBackground(DrawingCanvas& cr);
     void drawGrid(DrawingCanvas& cr);
     void drawSegments(DrawingCanvas& cr);
@@ -751,9 +810,50 @@ void Painter::drawScaleBar(DrawingCanvas& cr)
     cr.showText(note.str().c_str());
 }
 
+void Painter::drawAll(DrawingCanvas& canvas)
+{
+    bool banner = false;
+    canvas.describe(result_.documentName.empty() ? "Route layout" : result_.documentName,
+                    statusLine(banner));
+    drawBackground(canvas);
+    drawGrid(canvas);
+    drawSegments(canvas);
+    drawEnds(canvas);
+    placeAndDrawLabels(canvas);
+    drawHeader(canvas);
+    drawScaleBar(canvas);
+    canvas.finishSvg();
+}
+
+SurfacePtr Painter::createPdf(std::ostream& out, double width, double height) const
+{
+    SurfacePtr surface(cairo_pdf_surface_create_for_stream(writeToStream, &out, width, height));
+    // cairo stamps a PDF with the time it was made; the same drawing must give the same
+    // bytes, so the date is SOURCE_DATE_EPOCH's or none.
+    std::string created;
+    if (options_.createdAt >= 0) {
+        std::time_t const t = static_cast<std::time_t>(options_.createdAt);
+        std::tm tm{};
+        char buf[64];
+        if (gmtime_r(&t, &tm) && std::strftime(buf, sizeof buf, "%Y-%m-%dT%H:%M:%SZ", &tm) > 0)
+            created = buf;
+    }
+    cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATE_DATE, created.c_str());
+    return surface;
+}
+
 void Painter::render(std::ostream& out)
 {
     planPage();
+    bool const fixed = options_.paperScale > 0.0;
+    if (options_.format == DrawingRenderer::Format::Pdf && fixed &&
+        (options_.paperGiven || pageWidth_ > kMaxPdfSide || pageHeight_ > kMaxPdfSide)) {
+        PaperSize paper = options_.paper;
+        if (!options_.paperGiven)
+            PaperSize::find("A3", paper);
+        renderSheets(out, paper);
+        return;
+    }
     SurfacePtr surface;
     double zoom = 1.0;
     bool const svg = options_.format == DrawingRenderer::Format::Svg;
@@ -763,23 +863,9 @@ void Painter::render(std::ostream& out)
         // that keeps no pixels, so that labels are placed as in the PDF.
         surface.reset(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, nullptr));
         break;
-    case DrawingRenderer::Format::Pdf: {
-        surface.reset(cairo_pdf_surface_create_for_stream(writeToStream, &out, pageWidth_,
-                                                          pageHeight_));
-        // cairo stamps a PDF with the time it was made; the same drawing must give the same
-        // bytes, so the date is SOURCE_DATE_EPOCH's or none.
-        std::string created;
-        if (options_.createdAt >= 0) {
-            std::time_t const t = static_cast<std::time_t>(options_.createdAt);
-            std::tm tm{};
-            char buf[64];
-            if (gmtime_r(&t, &tm) && std::strftime(buf, sizeof buf, "%Y-%m-%dT%H:%M:%SZ", &tm) > 0)
-                created = buf;
-        }
-        cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_CREATE_DATE,
-                                       created.c_str());
+    case DrawingRenderer::Format::Pdf:
+        surface = createPdf(out, pageWidth_, pageHeight_);
         break;
-    }
     case DrawingRenderer::Format::Png: {
         zoom = std::min(1.5, kMaxPngPixels / std::max(pageWidth_, pageHeight_));
         int const w = static_cast<int>(std::ceil(pageWidth_ * zoom));
@@ -806,17 +892,7 @@ void Painter::render(std::ostream& out)
         std::unique_ptr<DrawingCanvas> canvas =
             svg ? std::make_unique<DrawingCanvas>(out, cr, pageWidth_, pageHeight_)
                 : std::make_unique<DrawingCanvas>(cr);
-        bool banner = false;
-        canvas->describe(result_.documentName.empty() ? "Route layout" : result_.documentName,
-                         statusLine(banner));
-        drawBackground(*canvas);
-        drawGrid(*canvas);
-        drawSegments(*canvas);
-        drawEnds(*canvas);
-        placeAndDrawLabels(*canvas);
-        drawHeader(*canvas);
-        drawScaleBar(*canvas);
-        canvas->finishSvg();
+        drawAll(*canvas);
         if (!svg)
             cairo_show_page(cr);
         if (cairo_status(cr) != CAIRO_STATUS_SUCCESS)
@@ -835,6 +911,301 @@ void Painter::render(std::ostream& out)
                                  cairo_status_to_string(cairo_surface_status(surface.get())));
     if (!out.good())
         throw std::runtime_error("cannot write the drawing");
+}
+
+std::string Painter::scaleText() const
+{
+    if (options_.paperScale > 1.0)
+        return UnitFormat::plain(options_.paperScale) + ":1";
+    return "1:" + UnitFormat::plain(1.0 / options_.paperScale);
+}
+
+SheetPlan Painter::planSheets(PaperSize const& paper) const
+{
+    // Landscape or portrait, whichever needs fewer sheets; landscape when they need as many.
+    SheetPlan best;
+    double bestCount = 0.0;
+    for (bool landscape : {true, false}) {
+        SheetPlan plan;
+        plan.landscape = landscape;
+        plan.pageWidth = landscape ? paper.height : paper.width;
+        plan.pageHeight = landscape ? paper.width : paper.height;
+        plan.imageWidth = plan.pageWidth - 2.0 * kSheetMargin;
+        plan.imageHeight = plan.pageHeight - 2.0 * kSheetMargin;
+        plan.stepX = plan.imageWidth - kSheetOverlap;
+        plan.stepY = plan.imageHeight - kSheetOverlap;
+        double const columns = sheetsAlong(pageWidth_, plan.imageWidth);
+        double const rows = sheetsAlong(pageHeight_, plan.imageHeight);
+        double const count = columns * rows;
+        if (!(count <= kMaxSheets)) {
+            if (bestCount == 0.0 && !landscape)
+                throw std::runtime_error(
+                    "the drawing would need " + UnitFormat::plain(count) + " sheets of " +
+                    paper.name + " at " + scaleText() + " (at most " +
+                    UnitFormat::plain(kMaxSheets) + "); choose a larger --paper or a smaller "
+                    "--scale");
+            continue;
+        }
+        plan.columns = static_cast<long>(columns);
+        plan.rows = static_cast<long>(rows);
+        plan.offsetX = ((columns - 1.0) * plan.stepX + plan.imageWidth - pageWidth_) / 2.0;
+        plan.offsetY = ((rows - 1.0) * plan.stepY + plan.imageHeight - pageHeight_) / 2.0;
+        if (bestCount == 0.0 || count < bestCount) {
+            best = plan;
+            bestCount = count;
+        }
+    }
+    return best;
+}
+
+void Painter::renderSheets(std::ostream& out, PaperSize const& paper)
+{
+    SheetPlan const plan = planSheets(paper);
+    long const sheets = plan.columns * plan.rows;
+    // One sheet needs no overview.
+    bool const overview = sheets > 1;
+    long const pages = sheets + (overview ? 1 : 0);
+
+    // The whole drawing once, kept as drawing operations: every sheet shows a part of it, the
+    // overview all of it, all from the same labels and lines.
+    cairo_rectangle_t const bounds{0.0, 0.0, pageWidth_, pageHeight_};
+    SurfacePtr drawing(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, &bounds));
+    {
+        ContextPtr context(cairo_create(drawing.get()));
+        cairo_t* cr = context.get();
+        cairo_font_options_t* fo = cairo_font_options_create();
+        cairo_font_options_set_hint_metrics(fo, CAIRO_HINT_METRICS_OFF);
+        cairo_font_options_set_hint_style(fo, CAIRO_HINT_STYLE_NONE);
+        cairo_set_font_options(cr, fo);
+        cairo_font_options_destroy(fo);
+        DrawingCanvas canvas(cr);
+        drawAll(canvas);
+        if (cairo_status(cr) != CAIRO_STATUS_SUCCESS)
+            throw std::runtime_error(std::string("cannot draw: ") +
+                                     cairo_status_to_string(cairo_status(cr)));
+    }
+
+    // The overview lies the way the drawing does.
+    bool const overviewLandscape = pageWidth_ >= pageHeight_;
+    double const overviewWidth = overviewLandscape ? paper.height : paper.width;
+    double const overviewHeight = overviewLandscape ? paper.width : paper.height;
+    SurfacePtr surface = overview ? createPdf(out, overviewWidth, overviewHeight)
+                                  : createPdf(out, plan.pageWidth, plan.pageHeight);
+    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)
+        throw std::runtime_error(std::string("cannot create the drawing: ") +
+                                 cairo_status_to_string(cairo_surface_status(surface.get())));
+    {
+        ContextPtr context(cairo_create(surface.get()));
+        cairo_t* cr = context.get();
+        long page = 1;
+        if (overview) {
+            drawOverview(cr, drawing.get(), plan, paper, overviewWidth, overviewHeight, pages);
+            cairo_show_page(cr);
+            ++page;
+        }
+        for (long row = 0; row < plan.rows; ++row) {
+            for (long column = 0; column < plan.columns; ++column) {
+                cairo_pdf_surface_set_size(surface.get(), plan.pageWidth, plan.pageHeight);
+                drawSheet(cr, drawing.get(), plan, paper, column, row, page++, pages);
+                cairo_show_page(cr);
+            }
+        }
+        if (cairo_status(cr) != CAIRO_STATUS_SUCCESS)
+            throw std::runtime_error(std::string("cannot draw: ") +
+                                     cairo_status_to_string(cairo_status(cr)));
+    }
+    cairo_surface_finish(surface.get());
+    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS)
+        throw std::runtime_error(std::string("cannot write the drawing: ") +
+                                 cairo_status_to_string(cairo_surface_status(surface.get())));
+    if (!out.good())
+        throw std::runtime_error("cannot write the drawing");
+}
+
+Colour const kSheetInk{0.80, 0.16, 0.08};
+
+void sheetText(DrawingCanvas& canvas, double x, double y, double size, bool bold,
+               std::string const& text, double align = 0.0)
+{
+    canvas.selectFont(bold);
+    canvas.setFontSize(size);
+    cairo_text_extents_t te;
+    canvas.textExtents(text.c_str(), &te);
+    canvas.moveTo(x - te.x_advance * align, y);
+    canvas.showText(text.c_str());
+}
+
+void Painter::drawOverview(cairo_t* cr, cairo_surface_t* drawing, SheetPlan const& plan,
+                           PaperSize const& paper, double width, double height, long pages)
+{
+    DrawingCanvas canvas(cr);
+    double const m = kSheetMargin;
+    double const imageWidth = width - 2.0 * m;
+    double const imageHeight = height - 2.0 * m;
+    // The sheets reach past the drawing's right and bottom edges: fit all of them.
+    double const gridWidth = (plan.columns - 1) * plan.stepX + plan.imageWidth;
+    double const gridHeight = (plan.rows - 1) * plan.stepY + plan.imageHeight;
+    double const f = std::min(imageWidth / gridWidth, imageHeight / gridHeight);
+    double const ox = m + (imageWidth - gridWidth * f) / 2.0;
+    double const oy = m + (imageHeight - gridHeight * f) / 2.0;
+    double const dx = ox + plan.offsetX * f;   // the drawing's corner
+    double const dy = oy + plan.offsetY * f;
+
+    cairo_save(cr);
+    cairo_translate(cr, dx, dy);
+    cairo_scale(cr, f, f);
+    cairo_rectangle(cr, 0.0, 0.0, pageWidth_, pageHeight_);
+    cairo_clip(cr);
+    cairo_set_source_surface(cr, drawing, 0.0, 0.0);
+    cairo_paint(cr);
+    cairo_restore(cr);
+
+    // The drawing's edge, then every sheet's picture: where two overlap, both edges show.
+    canvas.setSourceRgb(0.55, 0.55, 0.55);
+    canvas.setLineWidth(0.5);
+    canvas.rectangle(dx, dy, pageWidth_ * f, pageHeight_ * f);
+    canvas.stroke();
+    setColour(canvas, kSheetInk, 0.85);
+    canvas.setLineWidth(0.7);
+    for (long row = 0; row < plan.rows; ++row)
+        for (long column = 0; column < plan.columns; ++column)
+            canvas.rectangle(ox + column * plan.stepX * f, oy + row * plan.stepY * f,
+                             plan.imageWidth * f, plan.imageHeight * f);
+    canvas.stroke();
+    // Each sheet's name and page in the top left corner of its picture, on a white ground.
+    double const font = std::clamp(std::min(plan.stepX, plan.stepY) * f * 0.16, 5.0, 28.0);
+    double const small = std::max(font * 0.5, 4.0);
+    long page = 2;
+    for (long row = 0; row < plan.rows; ++row) {
+        for (long column = 0; column < plan.columns; ++column) {
+            double const x = ox + column * plan.stepX * f + font * 0.25;
+            double const y = oy + row * plan.stepY * f + font * 0.25;
+            std::string const name = sheetName(column, row);
+            std::string const number = "p. " + std::to_string(page++);
+            canvas.selectFont(true);
+            canvas.setFontSize(font);
+            cairo_text_extents_t te;
+            canvas.textExtents(name.c_str(), &te);
+            double const boxWidth = std::max(te.x_advance, small * 0.6 * number.size()) + 3.0;
+            canvas.setSourceRgba(1.0, 1.0, 1.0, 0.85);
+            canvas.rectangle(x, y, boxWidth, font + small * 1.3);
+            canvas.fill();
+            setColour(canvas, kSheetInk);
+            sheetText(canvas, x + 1.5, y + font * 0.85, font, true, name);
+            sheetText(canvas, x + 1.5, y + font + small, small, false, number);
+        }
+    }
+
+    std::string const title = result_.documentName.empty() ? "Route layout" : result_.documentName;
+    setColour(canvas, kInk);
+    sheetText(canvas, m, m - 17.0, 12.0, true, "Overview \u00b7 " + title);
+    sheetText(canvas, width - m, m - 17.0, 10.0, true, "page 1 of " + std::to_string(pages), 1.0);
+    std::ostringstream line;
+    line << "At " << scaleText() << " on " << (pages - 1) << " sheets of " << paper.name << ' '
+         << (plan.landscape ? "landscape" : "portrait") << ": " << plan.columns
+         << (plan.columns == 1 ? " column" : " columns") << " (A" << (plan.columns > 1 ? " to " + columnName(plan.columns - 1) : "")
+         << ") \u00d7 " << plan.rows << (plan.rows == 1 ? " row" : " rows") << " (1"
+         << (plan.rows > 1 ? " to " + std::to_string(plan.rows) : "") << "), 10 mm overlap";
+    sheetText(canvas, m, m - 5.0, 8.0, false, line.str());
+    sheetText(canvas, m, height - m + 14.0, 7.5, false,
+              "Print at 100 % (no page scaling). Cut each sheet along its crop marks on the left "
+              "and top, and lay it over its neighbours up to their red overlap marks.");
+}
+
+void Painter::drawSheet(cairo_t* cr, cairo_surface_t* drawing, SheetPlan const& plan,
+                        PaperSize const& paper, long column, long row, long page, long pages)
+{
+    DrawingCanvas canvas(cr);
+    double const m = kSheetMargin;
+    double const w = plan.imageWidth;
+    double const h = plan.imageHeight;
+
+    // This sheet's part of the drawing, at full size.
+    cairo_save(cr);
+    cairo_rectangle(cr, m, m, w, h);
+    cairo_clip(cr);
+    cairo_translate(cr, m - column * plan.stepX + plan.offsetX, m - row * plan.stepY + plan.offsetY);
+    cairo_set_source_surface(cr, drawing, 0.0, 0.0);
+    cairo_paint(cr);
+    cairo_restore(cr);
+
+    // Crop marks at the picture's corners, pointing away from it.
+    canvas.setSourceRgb(0.0, 0.0, 0.0);
+    canvas.setLineWidth(0.5);
+    for (double x : {m, m + w}) {
+        for (double y : {m, m + h}) {
+            double const sx = x == m ? -1.0 : 1.0;
+            double const sy = y == m ? -1.0 : 1.0;
+            canvas.moveTo(x + sx * 3.0, y);
+            canvas.lineTo(x + sx * 15.0, y);
+            canvas.moveTo(x, y + sy * 3.0);
+            canvas.lineTo(x, y + sy * 15.0);
+        }
+    }
+    canvas.stroke();
+    // Overlap marks: where the next sheet's picture begins, right and below.
+    bool const left = column > 0;
+    bool const right = column + 1 < plan.columns;
+    bool const above = row > 0;
+    bool const below = row + 1 < plan.rows;
+    setColour(canvas, kSheetInk);
+    canvas.setLineWidth(0.7);
+    if (right) {
+        double const x = m + w - kSheetOverlap;
+        canvas.moveTo(x, m - 3.0);
+        canvas.lineTo(x, m - 13.0);
+        canvas.moveTo(x, m + h + 3.0);
+        canvas.lineTo(x, m + h + 13.0);
+    }
+    if (below) {
+        double const y = m + h - kSheetOverlap;
+        canvas.moveTo(m - 3.0, y);
+        canvas.lineTo(m - 13.0, y);
+        canvas.moveTo(m + w + 3.0, y);
+        canvas.lineTo(m + w + 13.0, y);
+    }
+    canvas.stroke();
+
+    // The sheet's name, page and neighbours.
+    std::string const name = sheetName(column, row);
+    std::string const title = result_.documentName.empty() ? "Route layout" : result_.documentName;
+    setColour(canvas, kInk);
+    sheetText(canvas, m + 6.0, m - 17.0, 13.0, true, name);
+    cairo_text_extents_t te;
+    canvas.textExtents(name.c_str(), &te);
+    double const after = m + 6.0 + te.x_advance + 10.0;
+    std::ostringstream head;
+    head << title << "  \u00b7  " << scaleText() << "  \u00b7  " << paper.name << ' '
+         << (plan.landscape ? "landscape" : "portrait") << "  \u00b7  column "
+         << columnName(column) << " of " << plan.columns << ", row " << (row + 1) << " of "
+         << plan.rows;
+    sheetText(canvas, after, m - 17.0, 8.0, false, head.str());
+    double const rightEdge = m + w - (right ? kSheetOverlap + 6.0 : 0.0);
+    sheetText(canvas, rightEdge, m - 17.0, 10.0, true,
+              "page " + std::to_string(page) + " of " + std::to_string(pages), 1.0);
+
+    setColour(canvas, kSheetInk);
+    if (left)
+        sheetText(canvas, m - 4.0, m + h / 2.0, 8.0, true, "\u25c0 " + sheetName(column - 1, row), 1.0);
+    if (right)
+        sheetText(canvas, m + w + 4.0, m + h / 2.0, 8.0, true, sheetName(column + 1, row) + " \u25b6");
+    if (above)
+        sheetText(canvas, m + w / 2.0, m - 4.0, 8.0, true, "\u25b2 " + sheetName(column, row - 1), 0.5);
+    if (below)
+        sheetText(canvas, m + w / 2.0, m + h + 11.0, 8.0, true, "\u25bc " + sheetName(column, row + 1), 0.5);
+
+    std::ostringstream adjoins;
+    auto side = [&](char const* where, bool has, long c, long r) {
+        adjoins << where << (has ? sheetName(c, r) : std::string("\u2013"));
+    };
+    adjoins << "Adjoins: ";
+    side("left ", left, column - 1, row);
+    side("  \u00b7  right ", right, column + 1, row);
+    side("  \u00b7  above ", above, column, row - 1);
+    side("  \u00b7  below ", below, column, row + 1);
+    adjoins << "   |   print at 100 %, no page scaling; 10 mm overlap";
+    setColour(canvas, kInk);
+    sheetText(canvas, m + 6.0, m + h + 23.0, 7.5, false, adjoins.str());
 }
 
 }  // namespace

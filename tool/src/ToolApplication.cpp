@@ -4,6 +4,7 @@
 #include "CommandLine.h"
 #include "CutListWriter.h"
 #include "DrawingRenderer.h"
+#include "PaperSize.h"
 #include "DroppedSegments.h"
 #include "DxfWriter.h"
 #include "ExampleLocator.h"
@@ -214,6 +215,7 @@ std::unique_ptr<AtomicOutputFile> ToolApplication::writeOutput(std::string const
                              : ext == ".pdf" ? DrawingRenderer::Format::Pdf
                                              : DrawingRenderer::Format::Png;
             drawing.paperScale = options.paperScale;
+            drawing.paperGiven = PaperSize::find(options.paper, drawing.paper);
             drawing.createdAt = options.pdfCreatedAt;
             DrawingRenderer::render(os, result, report, drawing);
         }

@@ -28,6 +28,7 @@ struct ToolOptions {
 
     bool report = false;
     double paperScale = 0.0;              // PDF/SVG paper length per model length; 0 = fit
+    std::string paper;                    // --paper as given; empty: not given
     long long pdfCreatedAt = -1;          // PDF creation date from SOURCE_DATE_EPOCH; -1 = none
     bool quiet = false;
     double timeLimit = 600.0;             // seconds the whole run may take; 0 = no limit
