@@ -1289,6 +1289,21 @@ def options_group():
     full_size_pdf()
     sheets_tests()
 
+    @case("scale named on the drawing")
+    def scale_named():
+        # A reducing scale reads 1:N, an enlarging one N:1 (the SVG holds its text as text).
+        with tempfile.TemporaryDirectory() as tmp:
+            for scale, shown in (("1:1", "Scale 1:1 "), ("1:10", "Scale 1:10 "), ("20:1", "Scale 20:1 ")):
+                svg = os.path.join(tmp, "s.svg")
+                code, _, err = run([doc_path, "--scale", scale, "-o", svg])
+                check(code == 0, "--scale %s: exit %d: %s" % (scale, code, err))
+                with open(svg, encoding="utf-8") as f:
+                    text = f.read()
+                check(shown in text, "--scale %s: the drawing lacks %r" % (scale, shown))
+                check("Scale 1:0." not in text, "--scale %s: a fraction after 1:" % scale)
+
+    scale_named()
+
     @case("write failures")
     def write_failures():
         with tempfile.TemporaryDirectory() as tmp:

@@ -796,8 +796,7 @@ void Painter::drawScaleBar(DrawingCanvas& cr)
     std::ostringstream note;
     bool const fixed = options_.paperScale > 0.0 && options_.format != DrawingRenderer::Format::Png;
     if (fixed) {
-        double const ratio = 1.0 / options_.paperScale;
-        note << "Scale 1:" << UnitFormat::plain(ratio) << " (print at 100 %, no page scaling)";
+        note << "Scale " << scaleText() << " (print at 100 %, no page scaling)";
     } else {
         note << "Not to scale: fitted to the sheet";
     }
