@@ -190,19 +190,13 @@ bool CrossesSegment(KrRouteSegment* seg, double const* target) {
         if (!ok) {
             continue;
         }
-        KrRoutingWayPoint* s = nullptr;
-        KrRoutingWayPoint* e = nullptr;
-        line->GetStartPoint(s);
-        line->GetEndPoint(e);
-        if (s == nullptr || e == nullptr) {
-            continue;
-        }
         double sx = 0.0;
         double sy = 0.0;
         double ex = 0.0;
         double ey = 0.0;
-        s->GetGridCoord(sx, sy);
-        e->GetGridCoord(ex, ey);
+        if (!KrSegmentIndex::LineEnds(line, sx, sy, ex, ey)) {
+            continue;
+        }
         double px = 0.0;
         double py = 0.0;
         if (KrGeoUtility::LineSegment2DIntersection(&px, &py, target[0], target[1], target[2],
@@ -423,8 +417,8 @@ bool KrRoutingGrid::LatticeInsert(std::int32_t ix, std::int32_t iy, std::size_t 
 // lattice positions near (x, y) that pass the exact test on each axis are looked up, and the
 // smallest creation index among them wins, as in a scan of gridNodes.
 KrRoutingWayPoint* KrRoutingGrid::FindLatticeNode(double x, double y) {
-    std::int32_t xs[4];
-    std::int32_t ys[4];
+    std::int32_t xs[3];
+    std::int32_t ys[3];
     int const nx = LatticeCandidates(x, xSpan, xs);
     int const ny = LatticeCandidates(y, ySpan, ys);
     double const hx = xSpan * 0.5;
@@ -989,16 +983,10 @@ int KrRoutingGrid::MoveCrossSegment(KrRouteCADLine* line, double dx, double dy,
     if (!ok) {
         return 0;  // no two points, no target position
     }
-    KrRoutingWayPoint* s = nullptr;
-    KrRoutingWayPoint* e = nullptr;
-    line->GetStartPoint(s);
-    line->GetEndPoint(e);
-    if (s == nullptr || e == nullptr) {
+    double target[4] = {0.0, 0.0, 0.0, 0.0};
+    if (!KrSegmentIndex::LineEnds(line, target[0], target[1], target[2], target[3])) {
         return 0;
     }
-    double target[4] = {0.0, 0.0, 0.0, 0.0};
-    s->GetGridCoord(target[0], target[1]);
-    e->GetGridCoord(target[2], target[3]);
     target[0] += dx;
     target[1] += dy;
     target[2] += dx;

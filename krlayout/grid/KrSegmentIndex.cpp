@@ -31,6 +31,22 @@ double Margin(double a, double b, double c, double d) {
 
 }  // namespace
 
+bool KrSegmentIndex::LineEnds(KrRouteCADLine* line, double& x0, double& y0, double& x1, double& y1) {
+    KrRoutingWayPoint* s = nullptr;
+    KrRoutingWayPoint* t = nullptr;
+    if (line == nullptr) {
+        return false;
+    }
+    line->GetStartPoint(s);
+    line->GetEndPoint(t);
+    if (s == nullptr || t == nullptr) {
+        return false;
+    }
+    s->GetGridCoord(x0, y0);
+    t->GetGridCoord(x1, y1);
+    return true;
+}
+
 bool KrSegmentIndex::SegmentEnds(KrRouteSegment* seg, KrRoutingWayPoint*& a, KrRoutingWayPoint*& b) {
     a = nullptr;
     b = nullptr;
@@ -148,22 +164,13 @@ void KrSegmentIndex::Read(std::size_t place, std::vector<Key>& keys, bool& fits)
     double by1 = 0.0;
     bool any = false;
     for (KrRouteCADLine* line : lineScratch) {
-        KrRoutingWayPoint* s = nullptr;
-        KrRoutingWayPoint* t = nullptr;
-        if (line == nullptr) {
-            continue;
-        }
-        line->GetStartPoint(s);
-        line->GetEndPoint(t);
-        if (s == nullptr || t == nullptr) {
-            continue;  // the crossing tests skip such lines as well
-        }
         double x0 = 0.0;
         double y0 = 0.0;
         double x1 = 0.0;
         double y1 = 0.0;
-        s->GetGridCoord(x0, y0);
-        t->GetGridCoord(x1, y1);
+        if (!LineEnds(line, x0, y0, x1, y1)) {
+            continue;  // the crossing tests skip such lines as well
+        }
         for (double y : {y0, y1}) {
             if (std::isfinite(y)) {
                 yMin = hasY ? std::min(yMin, y) : y;

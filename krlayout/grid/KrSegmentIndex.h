@@ -59,6 +59,10 @@ public:
     // The two ends of a segment (its ends[0] and ends[1]); false with fewer than two.
     static bool SegmentEnds(KrRouteSegment* seg, KrRoutingWayPoint*& a, KrRoutingWayPoint*& b);
 
+    // The grid coordinates of a line's start and end point; false (nothing written) when the line
+    // or either point is missing.
+    static bool LineEnds(KrRouteCADLine* line, double& x0, double& y0, double& x1, double& y1);
+
     // The line of h that the line p1-p2 crosses (KrRouteSegment::IsSecWith), or null.
     static KrRouteCADLine* CrossedLine(KrRouteSegment* h, double* p1, double* p2);
 
