@@ -26,6 +26,7 @@
 #include <krlayout/layout/IPriority.h>
 #include <krlayout/layout/KrCrossLineUpdate.h>
 #include <krlayout/layout/KrCrossLineUpdateByLength.h>
+#include <krlayout/layout/KrFormboardLayout.h>
 #include <krlayout/layout/KrRoutingAssignAngleAllPositiveByDiameter.h>
 #include <krlayout/layout/KrRoutingAssignAngleByDiameter.h>
 #include <krlayout/layout/KrRoutingAssignAngleByLength.h>
@@ -61,4 +62,5 @@
 #include <krlayout/host/KrHostSession.h>
 
 #include <krlayout/api/KrAutoLayout.h>
+#include <krlayout/api/KrFormboardLayoutRun.h>
 #include <krlayout/api/KrLayoutRun.h>

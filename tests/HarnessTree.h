@@ -149,6 +149,47 @@ inline std::vector<TreeSegment> HarnessTree(unsigned seed, int n) {
     return out;
 }
 
+// A tree of the ranges a board drawing must cope with, in metres: lengths from 1 mm to 10 m
+// (log-uniform, so that short segments are common), diameters from 1 to 40 mm; segments hang off a
+// random point (50 %), continue the last one (deep chains, 35 %) or, now and then, a star of 50
+// bare ends leaves one point (15 % of the draws, while room is left).
+inline std::vector<TreeSegment> BoardTree(unsigned seed, int n) {
+    std::mt19937 rng(seed);
+    auto uniform = [&](double lo, double hi) { return std::uniform_real_distribution<double>(lo, hi)(rng); };
+    auto length = [&]() { return std::exp(uniform(std::log(0.001), std::log(10.0))); };
+    auto diameter = [&]() { return uniform(0.001, 0.040); };
+    std::bernoulli_distribution flip(0.5);
+    PointSource src(rng);
+    std::vector<TreeSegment> out;
+    auto add = [&](int from) {
+        int a = from;
+        int b = src.Fresh();
+        int const far = b;
+        if (flip(rng)) {
+            std::swap(a, b);
+        }
+        out.push_back(TreeSegment{static_cast<long>(out.size()) + 1, length(), diameter(), src.points[a],
+                                  src.points[b]});
+        return far;
+    };
+    int tip = add(src.Fresh());
+    while (static_cast<int>(out.size()) < n) {
+        double const pick = uniform(0.0, 1.0);
+        int const left = n - static_cast<int>(out.size());
+        if (pick < 0.5) {
+            tip = add(std::uniform_int_distribution<int>(0, static_cast<int>(src.points.size()) - 1)(rng));
+        } else if (pick < 0.85) {
+            tip = add(tip);
+        } else {
+            int const hub = std::uniform_int_distribution<int>(0, static_cast<int>(src.points.size()) - 1)(rng);
+            for (int k = std::min(left, 50); k > 0; --k) {
+                add(hub);
+            }
+        }
+    }
+    return out;
+}
+
 inline std::vector<TreeSegment> MakeTree(TreeKind kind, unsigned seed, int n) {
     return kind == TreeKind::Random ? RandomTree(seed, n) : HarnessTree(seed, n);
 }
