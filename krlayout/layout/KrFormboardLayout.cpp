@@ -29,7 +29,7 @@ constexpr double kLibraryPi = 3.1415926536;
 // Box checks one branch point may make before its remaining children are placed unchecked in
 // the next free direction (and the point counted as crowded): enough for a point with thousands
 // of children, small enough that no input makes one point quadratic in the whole harness.
-constexpr long kChecksPerPoint = 4000000;
+constexpr long kChecksPerPoint = 200;
 
 struct Vec {
     double x;
@@ -107,7 +107,9 @@ double PointSegment(Vec p, Vec a, Vec b) {
     if (len2 > 0.0) {
         t = std::clamp(((p.x - a.x) * dx + (p.y - a.y) * dy) / len2, 0.0, 1.0);
     }
-    return std::hypot(p.x - (a.x + t * dx), p.y - (a.y + t * dy));
+    double const ex = p.x - (a.x + t * dx);
+    double const ey = p.y - (a.y + t * dy);
+    return std::sqrt(ex * ex + ey * ey);
 }
 
 bool OnSegment(Vec p, Vec a, Vec b) {
@@ -138,13 +140,7 @@ double SegmentSegment(Vec a, Vec b, Vec c, Vec d) {
 double PointBox(Vec p, Box const& b) {
     double const dx = std::max({0.0, b.x0 - p.x, p.x - b.x1});
     double const dy = std::max({0.0, b.y0 - p.y, p.y - b.y1});
-    return std::hypot(dx, dy);
-}
-
-double BoxBox(Box const& a, Box const& b) {
-    double const dx = std::max({0.0, a.x0 - b.x1, b.x0 - a.x1});
-    double const dy = std::max({0.0, a.y0 - b.y1, b.y0 - a.y1});
-    return std::hypot(dx, dy);
+    return std::sqrt(dx * dx + dy * dy);
 }
 
 // Distance between a segment and a box: 0 when they meet, else attained at a corner of one of
@@ -238,10 +234,50 @@ public:
     // origin along +x (diameter `diameter`), keeping clear of `items` (already drawn, for the
     // root's second end) and of each other. Writes the turns and mirrors to `turn` and `mirror`
     // and the box of all placed children (their segments and subtree boxes) to `box`.
-    void Compose(double length, double diameter, std::vector<int> const& children, std::vector<Item> items,
+    void Compose(double length, double diameter, std::vector<int>& children, std::vector<Item> const& items,
                  std::vector<std::uint32_t>& turn, std::vector<int>& mirror, Box& box, double& boxDiameter) {
+        long broken = Try(length, diameter, children, items, turn, mirror, box, boxDiameter);
+        if (broken > 0 && children.size() > 1) {
+            // Crowded in the first order: try the children with the largest subtree boxes first,
+            // then the bare ends first, and keep the order that breaks the fewest checks (the
+            // earlier one on a tie).
+            std::vector<std::vector<int>> orders(2, children);
+            auto area = [this](int c) { return nodes_[static_cast<std::size_t>(c)].box.Area(); };
+            std::stable_sort(orders[0].begin(), orders[0].end(), [&](int a, int b) { return area(a) > area(b); });
+            std::stable_partition(orders[1].begin(), orders[1].end(),
+                                  [this](int c) { return nodes_[static_cast<std::size_t>(c)].children.empty(); });
+            for (std::vector<int>& order : orders) {
+                std::vector<std::uint32_t> t;
+                std::vector<int> m;
+                Box b;
+                double bd = 0.0;
+                long const k = Try(length, diameter, order, items, t, m, b, bd);
+                if (k < broken) {
+                    broken = k;
+                    children = order;
+                    turn = t;
+                    mirror = m;
+                    box = b;
+                    boxDiameter = bd;
+                }
+                if (broken == 0) {
+                    break;
+                }
+            }
+        }
+        if (broken > 0) {
+            ++crowded;
+        }
+    }
+
+private:
+    // One greedy pass over the children in the order given; the number of checks broken.
+    long Try(double length, double diameter, std::vector<int> const& children, std::vector<Item> items,
+             std::vector<std::uint32_t>& turn, std::vector<int>& mirror, Box& box, double& boxDiameter) {
         Vec const q{length, 0.0};
-        items.push_back(SegmentItem({0.0, 0.0}, q, diameter, kInf));
+        // Segments reaching the point (infinite cap) need checking only against capped items, so
+        // they are kept apart: a bare end is then checked against the subtrees alone.
+        std::vector<Item> reaching{SegmentItem({0.0, 0.0}, q, diameter, kInf)};
         std::vector<std::uint32_t> dirs;
         KrFormboardLayout::GetDirections(static_cast<long>(children.size()), dirs);
         std::vector<char> used(dirs.size(), 0);
@@ -250,8 +286,12 @@ public:
         box = Box{};
         boxDiameter = 0.0;
         work_ = 0;
-        bool crowdedHere = false;
+        long brokenHere = 0;
         std::size_t firstFree = 0;
+        std::size_t branchesLeft = 0;  // children with a subtree not placed yet
+        for (int c : children) {
+            branchesLeft += nodes_[static_cast<std::size_t>(c)].children.empty() ? 0 : 1;
+        }
         for (std::size_t ci = 0; ci < children.size(); ++ci) {
             int const childIndex = children[ci];
             Node const& child = nodes_[static_cast<std::size_t>(childIndex)];
@@ -264,8 +304,22 @@ public:
             double bestArea = kInf;
             // A child that carries further segments turns its whole subtree with it, so it keeps
             // to the seven main directions while one is free; only bare ends take the fan.
-            std::size_t const last = (child.children.empty() || !BaseFree(used)) ? dirs.size() : 7;
-            for (std::size_t d = firstFree; work_ < kChecksPerPoint && d < last && bestBroken > 0; ++d) {
+            // Bare ends leave as many main directions free as there are such children still to come.
+            bool const leaf = child.children.empty();
+            std::size_t const last = (leaf || FreeBase(used) == 0) ? dirs.size() : 7;
+            bool const spareBase = !leaf || FreeBase(used) > branchesLeft;
+            std::size_t first = spareBase ? firstFree : std::max<std::size_t>(firstFree, 7);
+            while (first < dirs.size() && used[first]) {
+                ++first;
+            }
+            if (first >= dirs.size()) {
+                first = firstFree;  // cannot happen: the fan holds a direction for every child
+            }
+            bestDir = first;
+            if (!leaf && branchesLeft > 0) {
+                --branchesLeft;
+            }
+            for (std::size_t d = first; work_ < kChecksPerPoint && d < last && bestBroken > 0; ++d) {
                 if (used[d]) {
                     continue;
                 }
@@ -289,6 +343,16 @@ public:
                             ++broken;
                         }
                     }
+                    if (!sub.box.Empty()) {
+                        for (Item const& it : reaching) {
+                            if (broken > bestBroken) {
+                                break;
+                            }
+                            if (Breaks(sub, it)) {
+                                ++broken;
+                            }
+                        }
+                    }
                     Box grown = box;
                     grown.Add(seg.b);
                     grown.Add(sub.box);
@@ -302,18 +366,23 @@ public:
                 }
             }
             if (bestBroken > 0) {
-                crowdedHere = true;
+                brokenHere += bestBroken == std::numeric_limits<long>::max() ? 1 : bestBroken;
             }
             if (bestDir >= dirs.size()) {
                 // The fan always has a direction for every child; keep the index valid anyway.
                 bestDir = dirs.size() - 1;
+            }
+            if (!leaf && bestDir >= 7) {
+                // More branches with subtrees than main directions: this one and its subtree are
+                // drawn turned to a fan direction, which the point reports as crowded.
+                brokenHere += 1;
             }
             used[bestDir] = 1;
             turn[ci] = dirs[bestDir];
             mirror[ci] = bestMirror;
             Vec const u = UnitOf(dirs[bestDir]);
             Item const seg = SegmentItem(q, {q.x + child.length * u.x, q.y + child.length * u.y}, child.diameter, kInf);
-            items.push_back(seg);
+            reaching.push_back(seg);
             box.Add(seg.box);
             boxDiameter = std::max(boxDiameter, child.diameter);
             if (!child.box.Empty()) {
@@ -323,19 +392,15 @@ public:
                 boxDiameter = std::max(boxDiameter, child.boxDiameter);
             }
         }
-        if (crowdedHere) {
-            ++crowded;
-        }
+        return brokenHere;
     }
 
-private:
-    static bool BaseFree(std::vector<char> const& used) {
+    static std::size_t FreeBase(std::vector<char> const& used) {
+        std::size_t n = 0;
         for (std::size_t d = 0; d < 7 && d < used.size(); ++d) {
-            if (!used[d]) {
-                return true;
-            }
+            n += used[d] ? 0 : 1;
         }
-        return false;
+        return n;
     }
 
     // Whether p and q break the clearance. Two segments that both reach the branch point meet
@@ -347,8 +412,12 @@ private:
         if (cap == kInf) {
             return false;
         }
-        double const wanted = std::min(std::max(clearance_, 0.5 * (p.diameter + q.diameter)), cap);
-        if (BoxBox(p.box, q.box) >= wanted) {
+        // A distance that equals the clearance up to rounding (a chain's next joint lies exactly
+        // one segment length on) keeps it.
+        double const wanted = std::min(std::max(clearance_, 0.5 * (p.diameter + q.diameter)), cap) * (1.0 - 1e-9);
+        double const dx = std::max({0.0, p.box.x0 - q.box.x1, q.box.x0 - p.box.x1});
+        double const dy = std::max({0.0, p.box.y0 - q.box.y1, q.box.y0 - p.box.y1});
+        if (dx >= wanted || dy >= wanted || dx * dx + dy * dy >= wanted * wanted) {
             return false;
         }
         if (p.segment && q.segment) {
@@ -362,7 +431,7 @@ private:
             }
         }
         if (++work_ >= kChecksPerPoint) {
-            return true;
+            return true;  // out of allowance: closeness counts as breaking
         }
         // Open the larger subtree item.
         bool const openP = !p.segment && (q.segment || p.box.Area() >= q.box.Area());
