@@ -31,7 +31,7 @@ constexpr int kExitTimeout = 124;  // what timeout(1) uses
 
 void PrintUsage(std::FILE* out) {
     std::fputs(
-        "usage: krlayout_harness_run [--segments N] [--seed S] [--type diameter|length]\n"
+        "usage: krlayout_harness_run [--segments N] [--seed S] [--type diameter|length|formboard]\n"
         "                            [--time-limit SECONDS] [--dot FILE] [--document FILE]\n"
         "\n"
         "Builds a harness-like route tree of N segments (default 1000) from seed S (default 1).\n"
@@ -55,6 +55,7 @@ struct Options {
     int segments = 1000;
     unsigned seed = 1;
     e_LayOutType type = LayOutByDiameter;
+    bool board = false;  // the board layout instead of a grid layout type
     double limitSeconds = 0.0;
     std::string dotPath;
     std::string documentPath;
@@ -103,8 +104,10 @@ int ParseOptions(int argc, char** argv, Options& o) {
                 o.type = LayOutByDiameter;
             } else if (t == "length" || t == "1") {
                 o.type = LayOutByLength;
+            } else if (t == "formboard" || t == "2") {
+                o.board = true;
             } else {
-                std::fprintf(stderr, "krlayout_harness_run: bad --type %s (diameter or length)\n", value);
+                std::fprintf(stderr, "krlayout_harness_run: bad --type %s (diameter, length or formboard)\n", value);
                 return kExitUsage;
             }
         } else if (arg == "--time-limit") {
@@ -128,7 +131,9 @@ int ParseOptions(int argc, char** argv, Options& o) {
     return -1;
 }
 
-char const* TypeName(e_LayOutType type) { return type == LayOutByLength ? "length" : "diameter"; }
+char const* TypeName(Options const& o) {
+    return o.board ? "formboard" : o.type == LayOutByLength ? "length" : "diameter";
+}
 
 // Opens FILE for writing, '-' being standard output.
 class OutputFile {
@@ -287,15 +292,21 @@ int main(int argc, char** argv) {
             return std::vector<double>{static_cast<double>(checked), 0.0, Seconds(t0, t1), Seconds(t1, t2), 0.0};
         }
         progress[0] = kStepLayout;
-        KrRoutingLayout layout;
-        int const status = layout.LayOut(&sketch, o.type);
+        int status = 0;
+        if (o.board) {
+            KrFormboardLayout layout;
+            status = layout.LayOut(&sketch);
+        } else {
+            KrRoutingLayout layout;
+            status = layout.LayOut(&sketch, o.type);
+        }
         Clock::time_point const t3 = Clock::now();
         return std::vector<double>{0.0, static_cast<double>(status), Seconds(t0, t1), Seconds(t1, t2),
                                    Seconds(t2, t3)};
     };
     bench_support::ChildResult const r = bench_support::RunInChild(o.limitSeconds, run);
 
-    std::printf("segments=%d seed=%u type=%s ", o.segments, o.seed, TypeName(o.type));
+    std::printf("segments=%d seed=%u type=%s ", o.segments, o.seed, TypeName(o));
     switch (r.outcome) {
     case bench_support::ChildResult::Outcome::TimedOut:
         // How far the run got: the step it was killed in, and the steps it finished.
