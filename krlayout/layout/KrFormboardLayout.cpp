@@ -62,16 +62,9 @@ struct Box {
 // are the double nearest sqrt(1/2)).
 Vec UnitOf(std::uint32_t a) {
     if (a % kEighth == 0) {
-        double const h = std::sqrt(0.5);
-        static Vec const table[8] = {{1, 0}, {0, 0}, {0, 1}, {0, 0}, {-1, 0}, {0, 0}, {0, -1}, {0, 0}};
-        std::uint32_t const k = a / kEighth;
-        switch (k) {
-        case 1: return {h, h};
-        case 3: return {-h, h};
-        case 5: return {-h, -h};
-        case 7: return {h, -h};
-        default: return table[k];
-        }
+        static double const h = std::sqrt(0.5);
+        static Vec const table[8] = {{1, 0}, {h, h}, {0, 1}, {-h, h}, {-1, 0}, {-h, -h}, {0, -1}, {h, -h}};
+        return table[a / kEighth];
     }
     double const turns = static_cast<double>(a) / 4294967296.0;
     double const rad = turns * 2.0 * 3.14159265358979323846;
@@ -224,6 +217,12 @@ public:
 
     long crowded = 0;
 
+    // A child's own segment leaving the branch point q in direction u (it reaches the point).
+    Item ChildSegment(int node, Vec q, Vec u) const {
+        Node const& n = nodes_[static_cast<std::size_t>(node)];
+        return SegmentItem(q, {q.x + n.length * u.x, q.y + n.length * u.y}, n.diameter, kInf);
+    }
+
     // Everything beyond `node`'s segment, placed by xf, as an item with the given cap.
     Item Beyond(int node, Xf const& xf, double cap) const {
         Node const& n = nodes_[static_cast<std::size_t>(node)];
@@ -328,8 +327,7 @@ private:
                     if (m == -1 && child.box.Empty()) {
                         break;
                     }
-                    Item const seg = SegmentItem(q, {q.x + child.length * u.x, q.y + child.length * u.y},
-                                                 child.diameter, kInf);
+                    Item const seg = ChildSegment(childIndex, q, u);
                     Item const sub = Beyond(childIndex, Xf{u, m, q}, child.length);
                     long broken = 0;
                     for (Item const& it : items) {
@@ -381,7 +379,7 @@ private:
             turn[ci] = dirs[bestDir];
             mirror[ci] = bestMirror;
             Vec const u = UnitOf(dirs[bestDir]);
-            Item const seg = SegmentItem(q, {q.x + child.length * u.x, q.y + child.length * u.y}, child.diameter, kInf);
+            Item const seg = ChildSegment(childIndex, q, u);
             reaching.push_back(seg);
             box.Add(seg.box);
             boxDiameter = std::max(boxDiameter, child.diameter);
