@@ -62,5 +62,10 @@
 #include <krlayout/host/KrHostSession.h>
 
 #include <krlayout/api/KrAutoLayout.h>
+#include <krlayout/api/KrComponentText.h>
 #include <krlayout/api/KrFormboardLayoutRun.h>
+#include <krlayout/api/KrLayoutInput.h>
+#include <krlayout/api/KrLayoutResult.h>
 #include <krlayout/api/KrLayoutRun.h>
+#include <krlayout/api/KrLayoutTypeRegistry.h>
+#include <krlayout/api/KrPlainLayoutRun.h>

@@ -5,6 +5,8 @@
 #include "JsonHostModel.h"
 #include "JsonHostRecorder.h"
 
+#include <krlayout/api/KrLayoutInput.h>
+
 #include <map>
 #include <memory>
 #include <optional>
@@ -46,6 +48,11 @@ public:
     JsonHostModel const& model() const;
     // The component map, for KrAutoLayout::setComponentMap.
     std::map<long, std::wstring> componentMap() const;
+    // The document as plain layout input, read the way the library reads it from this host: per
+    // segment id (the first segment of an id) its route value as the diameter, the summed length
+    // of its entities and, as its lines, the end points of every entity that has a curve; the
+    // component map. Grid, layout type and clearance keep the input's defaults.
+    KrLayoutInput layoutInput() const;
 
     // Lines, relations, fillets, selection, settings, counters and the request log.
     JsonHostRecorder const& results() const;

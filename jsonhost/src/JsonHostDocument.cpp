@@ -5,6 +5,8 @@
 #include "JsonHostState.h"
 #include "JsonHostWriter.h"
 
+#include <set>
+
 JsonHostDocument::JsonHostDocument(std::shared_ptr<JsonHostState> state)
     : state_(std::move(state)), application_(state_->application()) {}
 
@@ -40,6 +42,36 @@ JsonHostModel const& JsonHostDocument::model() const {
 
 std::map<long, std::wstring> JsonHostDocument::componentMap() const {
     return state_->model().componentMap();
+}
+
+KrLayoutInput JsonHostDocument::layoutInput() const {
+    JsonHostModel const& model = state_->model();
+    KrLayoutInput input;
+    std::set<long> seen;
+    for (JsonHostModel::Segment const& s : model.segments) {
+        if (!seen.insert(s.id).second) {
+            continue;
+        }
+        KrLayoutInput::Segment segment;
+        segment.id = s.id;
+        segment.diameter = s.value;
+        segment.length = 0.0;
+        for (JsonHostModel::Entity const& e : s.entities) {
+            segment.length += e.length;
+            if (!e.hasCurve()) {
+                continue;
+            }
+            JsonHostModel::Vec3 const a = e.curveStart();
+            JsonHostModel::Vec3 const b = e.curveEnd();
+            ALLine line;
+            line.start = ALPoint(a[0], a[1], a[2]);
+            line.end = ALPoint(b[0], b[1], b[2]);
+            segment.lines.push_back(line);
+        }
+        input.segments.push_back(std::move(segment));
+    }
+    input.componentMap = model.componentMap();
+    return input;
 }
 
 JsonHostRecorder const& JsonHostDocument::results() const {

@@ -1,6 +1,7 @@
 #include <krlayout/api/KrAutoLayout.h>
 
 #include <krlayout/api/KrLayoutRun.h>
+#include <krlayout/api/KrLayoutTypeRegistry.h>
 #include <krlayout/host/KrHostSession.h>
 #include <krlayout/sketch/IRoutingSketch.h>
 
@@ -19,12 +20,6 @@ void AdoptHost(void* host)
 {
     KrHostSession::ReleaseReference(libraryHost);
     libraryHost = static_cast<IHostApplication*>(host);
-}
-
-// Layout type 1 stays 1; every other value runs as 0.
-int MapLayoutType(int layoutType)
-{
-    return layoutType == 1 ? 1 : 0;
 }
 
 }  // namespace
@@ -84,8 +79,8 @@ long KrAutoLayout::StartAutoLayout(void* host, int layoutType, bool filletCorner
     // This form selects no feature: a feature kept from an earlier StartAutoLayout2 is dropped,
     // so the run adds no coincident relation.
     run->ClearFeature();
-    return run->Run(gridSpacingX, gridSpacingY, MapLayoutType(layoutType), filletCorners,
-                    addAxisRelations, resultSketch);
+    return run->Run(gridSpacingX, gridSpacingY, KrLayoutTypeRegistry::FacadeType(layoutType),
+                    filletCorners, addAxisRelations, resultSketch);
 }
 
 long KrAutoLayout::StartAutoLayout2(void* host, int layoutType, bool filletCorners,
@@ -99,7 +94,7 @@ long KrAutoLayout::StartAutoLayout2(void* host, int layoutType, bool filletCorne
     run->AttachHost(libraryHost);
     run->SelectFeature(featureName);
     run->SetApplyToHost(applyToHost);
-    int const type = MapLayoutType(layoutType);
+    int const type = KrLayoutTypeRegistry::FacadeType(layoutType);
     run->SetRunText(runText);
     return run->Run(gridSpacingX, gridSpacingY, type, filletCorners, addAxisRelations,
                     resultSketch);

@@ -1,6 +1,7 @@
 #include <krlayout/api/KrFormboardLayoutRun.h>
 
-#include <krlayout/layout/KrFormboardLayout.h>
+#include <krlayout/api/KrLayoutResult.h>
+#include <krlayout/api/KrLayoutTypeRegistry.h>
 
 KrFormboardLayoutRun::KrFormboardLayoutRun()
     : KrLayoutRun(), clearance(-1.0), crowded(0), placedSegments(0), usedClearance(0.0)
@@ -32,11 +33,11 @@ double KrFormboardLayoutRun::GetUsedClearance() const
 
 int KrFormboardLayoutRun::LayOut(IRoutingSketch* routingSketch, int /*layoutType*/)
 {
-    KrFormboardLayout layout;
-    layout.SetClearance(clearance);
-    int const status = layout.LayOut(routingSketch);
-    layout.GetCrowdedPointCount(crowded);
-    layout.GetPlacedSegmentCount(placedSegments);
-    layout.GetUsedClearance(usedClearance);
+    KrLayoutResult figures;
+    int const status = KrLayoutTypeRegistry::LayOut(routingSketch, KrLayoutTypeRegistry::FormboardType,
+                                                    clearance, figures);
+    crowded = figures.crowdedPoints;
+    placedSegments = figures.placedSegments;
+    usedClearance = figures.usedClearance;
     return status;
 }

@@ -1,31 +1,43 @@
 #include <krlayout/api/KrLayoutRun.h>
 
 #include <krlayout/api/KrAutoLayout.h>
+#include <krlayout/api/KrLayoutInput.h>
+#include <krlayout/api/KrLayoutResult.h>
+#include <krlayout/api/KrLayoutTypeRegistry.h>
+#include <krlayout/api/KrPlainLayoutRun.h>
 #include <krlayout/check/KrRoutingCheck.h>
 #include <krlayout/host/KrHostRouteReader.h>
 #include <krlayout/host/KrHostRouteWriter.h>
 #include <krlayout/host/KrHostSession.h>
-#include <krlayout/layout/KrRoutingLayout.h>
-#include <krlayout/layout/e_LayOutType.h>
 #include <krlayout/sketch/KrSketch.h>
 
 #include <utility>
 
 namespace {
 
-// Splits one half of a component text at its first "@": head before it (empty without one), tail
-// after it (the whole half without one).
-void SplitAtSign(std::wstring const& half, std::wstring& head, std::wstring& tail)
-{
-    std::size_t const j = half.find(L'@');
-    if (j == std::wstring::npos) {
-        head.clear();
-        tail = half;
-    } else {
-        head = half.substr(0, j);
-        tail = half.substr(j + 1);
+// The plain-data run's stages with the host run's own bend check and layout stage, so that a
+// class deriving from the host run still replaces them.
+class HostStages : public KrPlainLayoutRun {
+public:
+    using CheckHook = int (*)(KrLayoutRun&, KrRoutingCheck&, IRoutingSketch*);
+    using LayOutHook = int (*)(KrLayoutRun&, IRoutingSketch*, int);
+    HostStages(KrLayoutRun& r, CheckHook c, LayOutHook l) : run(r), checkHook(c), layOutHook(l) {}
+
+protected:
+    int CheckBends(KrRoutingCheck& check, IRoutingSketch* sketch) override
+    {
+        return checkHook(run, check, sketch);
     }
-}
+    int LayOut(IRoutingSketch* sketch, KrLayoutInput const& input, KrLayoutResult&) override
+    {
+        return layOutHook(run, sketch, input.layoutType);
+    }
+
+private:
+    KrLayoutRun& run;
+    CheckHook checkHook;
+    LayOutHook layOutHook;
+};
 
 }  // namespace
 
@@ -101,20 +113,7 @@ int KrLayoutRun::SetComponentMap(std::map<long, std::wstring> const& map)
 // "@" at position 1 or more names a connector (the tail) and a pin (the head).
 void KrLayoutRun::ApplyComponentMap()
 {
-    for (auto const& [id, text] : componentMap) {
-        std::size_t const i = text.find(L':');
-        std::wstring const first = i == std::wstring::npos ? std::wstring() : text.substr(0, i);
-        std::wstring const second = i == std::wstring::npos ? text : text.substr(i + 1);
-        for (std::wstring const* half : {&first, &second}) {
-            std::wstring head;
-            std::wstring tail;
-            SplitAtSign(*half, head, tail);
-            std::size_t const at = tail.find(L'@');
-            if (at != std::wstring::npos && at >= 1) {
-                sketch->InsertConnector(id, tail, head);
-            }
-        }
-    }
+    KrPlainLayoutRun::ApplyComponentMap(sketch, componentMap);
 }
 
 IRoutingSketch* KrLayoutRun::CreateSketch()
@@ -129,8 +128,8 @@ int KrLayoutRun::CheckBends(KrRoutingCheck& check, IRoutingSketch* routingSketch
 
 int KrLayoutRun::LayOut(IRoutingSketch* routingSketch, int layoutType)
 {
-    KrRoutingLayout layout;
-    return layout.LayOut(routingSketch, layoutType == 1 ? LayOutByLength : LayOutByDiameter);
+    KrLayoutResult figures;
+    return KrLayoutTypeRegistry::LayOut(routingSketch, layoutType, -1.0, figures);
 }
 
 int KrLayoutRun::Run(double gridSpacingX, double gridSpacingY, int layoutType, bool filletCorners,
@@ -187,6 +186,9 @@ int KrLayoutRun::BuildCheckAndLayOut(KrHostSession& session, int layoutType)
     }
     session.ClearSelection();
 
+    // The host reader gathers everything first (the host's requests keep their order: the ids,
+    // the route values, the entity lengths segment by segment, then the way points of every id
+    // in segmentRecords); the plain-data stages build, check and lay out from that.
     KrHostRouteReader reader(session.GetRouteContainer());
     std::vector<int> ids;
     if (reader.ReadRouteSegmentIds(ids) != 0 || ids.empty()) {
@@ -194,31 +196,35 @@ int KrLayoutRun::BuildCheckAndLayOut(KrHostSession& session, int layoutType)
     }
     std::map<int, double> values;
     reader.ReadRouteValues(ids, values);
-    reader.CreateRouteSegments(values, sketch, segmentRecords);
-    reader.CreateWayPoints(segmentRecords, sketch);
+    KrLayoutInput input;
+    input.layoutType = layoutType;
+    for (auto const& [id, value] : values) {
+        segmentRecords.push_back(id);
+        KrLayoutInput::Segment segment;
+        segment.id = id;
+        // A segment without entities keeps the length 0; it is created all the same.
+        segment.length = 0.0;
+        reader.ReadSegmentLength(id, segment.length);
+        segment.diameter = value;
+        input.segments.push_back(std::move(segment));
+    }
+    input.hostWayPoints = true;
+    reader.ReadWayPoints(segmentRecords, input.hostLineCounts, input.hostLineEnds);
 
-    sketch->UniqueMultiPinSegment();
-
-    KrRoutingCheck check;
-    check.EliminateMultiLineBetweenTwoPoint(sketch);
-    int status = CheckBends(check, sketch);
+    HostStages stages(
+        *this,
+        [](KrLayoutRun& run, KrRoutingCheck& check, IRoutingSketch* s) {
+            return run.CheckBends(check, s);
+        },
+        [](KrLayoutRun& run, IRoutingSketch* s, int type) { return run.LayOut(s, type); });
+    KrLayoutResult result;
+    int const status = stages.BuildCheckAndLayOut(sketch, input, result);
     if (status != 0) {
+        if (!result.message.empty()) {
+            session.ReportSegments(result.failedIds, result.message);
+        }
         return status;
     }
-    std::vector<long> loopIds;
-    status = check.CheckSketch(sketch, loopIds);
-    if (status != 0) {
-        session.ReportSegments(loopIds, KrAutoLayout::loopMessage);
-        return status;
-    }
-    std::vector<long> disjointIds;
-    status = check.CheckDisjoint(sketch, disjointIds);
-    if (status != 0) {
-        session.ReportSegments(disjointIds, KrAutoLayout::disjoinMessage);
-        return status;
-    }
-
-    LayOut(sketch, layoutType);
     session.Close();
     return 0;
 }
