@@ -64,3 +64,4 @@
 #include <krlayout/api/KrAutoLayout.h>
 #include <krlayout/api/KrFormboardLayoutRun.h>
 #include <krlayout/api/KrLayoutRun.h>
+#include <krlayout/api/KrUtf8Codec.h>
