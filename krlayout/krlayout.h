@@ -69,3 +69,4 @@
 #include <krlayout/api/KrLayoutRun.h>
 #include <krlayout/api/KrLayoutTypeRegistry.h>
 #include <krlayout/api/KrPlainLayoutRun.h>
+#include <krlayout/api/KrUtf8Codec.h>

@@ -1,8 +1,8 @@
 #include "JsonHostReader.h"
 
 #include "JsonHostError.h"
-#include "JsonHostText.h"
 
+#include <krlayout/api/KrUtf8Codec.h>
 #include <krlayout/host/KrHostInterfaceId.h>
 
 #include <algorithm>
@@ -201,7 +201,7 @@ public:
                                  "settings", "features", "components", "segments", "result"});
         optionalString(document, "", "$schema");
         optionalString(document, "", "description");
-        if (document.contains("name")) model.name = JsonHostText::ToWide(string(document["name"], "/name"));
+        if (document.contains("name")) model.name = KrUtf8Codec::Decode(string(document["name"], "/name"));
         if (document.contains("units")) readUnits(document["units"], model);
         if (document.contains("result") && !document["result"].is_object()) {
             fail("/result", "expected an object, found " + describeValue(document["result"]));
@@ -338,7 +338,7 @@ private:
     void readFeatures(Json const& value, JsonHostModel& model) const {
         expectArray(value, "/features");
         for (std::size_t i = 0; i < value.size(); ++i) {
-            model.features.push_back(JsonHostText::ToWide(string(value[i], join("/features", i))));
+            model.features.push_back(KrUtf8Codec::Decode(string(value[i], join("/features", i))));
         }
     }
 
@@ -353,7 +353,7 @@ private:
             if (!entry.contains("text")) fail(pointer + "/text", "required field is missing");
             JsonHostModel::Component component;
             component.id = id32(entry["id"], pointer + "/id");
-            component.text = JsonHostText::ToWide(string(entry["text"], pointer + "/text"));
+            component.text = KrUtf8Codec::Decode(string(entry["text"], pointer + "/text"));
             for (std::size_t k = 0; k < model.components.size(); ++k) {
                 if (model.components[k].id == component.id) {
                     fail(pointer + "/id", "component id " + std::to_string(component.id) +

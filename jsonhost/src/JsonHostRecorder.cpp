@@ -1,11 +1,10 @@
 #include "JsonHostRecorder.h"
 
-#include "JsonHostText.h"
-
+#include <krlayout/api/KrUtf8Codec.h>
 #include <krlayout/host/KrHostInterfaceId.h>
 
 std::string JsonHostRecorder::Target::text() const {
-    if (kind == "feature") return kind + "(" + JsonHostText::ToUtf8(name) + ")";
+    if (kind == "feature") return kind + "(" + KrUtf8Codec::Encode(name) + ")";
     return kind + "(" + std::to_string(id.first) + "," + std::to_string(id.second) + ")";
 }
 

@@ -2,8 +2,8 @@
 
 #include "JsonHostError.h"
 #include "JsonHostState.h"
-#include "JsonHostText.h"
 
+#include <krlayout/api/KrUtf8Codec.h>
 #include <krlayout/host/KrHostInterfaceId.h>
 
 #include <atomic>
@@ -32,14 +32,14 @@ Json target(JsonHostRecorder::Target const& t) {
     out["kind"] = t.kind;
     out["id"] = idPair(t.id);
     if (t.kind == "entity") out["segment"] = t.segment;
-    if (t.kind == "feature") out["name"] = JsonHostText::ToUtf8(t.name);
+    if (t.kind == "feature") out["name"] = KrUtf8Codec::Encode(t.name);
     return out;
 }
 
 Json selected(JsonHostRecorder::Selected const& s) {
     Json out = Json::object();
     out["entity"] = target(s.target);
-    if (s.hasCallout) out["callout"] = JsonHostText::ToUtf8(s.callout);
+    if (s.hasCallout) out["callout"] = KrUtf8Codec::Encode(s.callout);
     return out;
 }
 
@@ -77,7 +77,7 @@ Json result(JsonHostState const& state) {
     Json relations = Json::array();
     for (auto const& relation : r.relations()) {
         Json entry = Json::object();
-        entry["name"] = JsonHostText::ToUtf8(relation.name);
+        entry["name"] = KrUtf8Codec::Encode(relation.name);
         Json entities = Json::array();
         for (auto const& t : relation.entities) entities.push_back(target(t));
         entry["entities"] = std::move(entities);

@@ -7,7 +7,7 @@
 #include <krlayout/model/KrRouteCADLine.h>
 #include <krlayout/model/KrRouteSegment.h>
 #include <krlayout/model/KrRoutingWayPoint.h>
-#include <krlayout/sketch/KrSketch.h>
+#include <krlayout/sketch/KrSketch.h>  // SetSketch takes a KrSketch*; moves read its placed segments
 
 #include <algorithm>
 #include <atomic>

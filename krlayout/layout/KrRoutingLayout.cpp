@@ -18,7 +18,7 @@
 #include <krlayout/model/KrRouteSegment.h>
 #include <krlayout/model/KrRoutingWayPoint.h>
 #include <krlayout/sketch/IRoutingSketch.h>
-#include <krlayout/sketch/KrSketch.h>
+#include <krlayout/sketch/KrSketch.h>  // the grid gives its sketch as a KrSketch*, with its placed segments
 
 #include <algorithm>
 #include <climits>

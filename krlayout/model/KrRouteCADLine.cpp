@@ -1,6 +1,6 @@
 #include <krlayout/model/KrRouteCADLine.h>
 
-#include <krlayout/grid/KrRoutingGrid.h>
+#include <krlayout/grid/KrRoutingGrid.h>  // Move is handed a KrRoutingGrid* and calls its members
 #include <krlayout/model/ALLine.h>
 #include <krlayout/model/KrGeoUtility.h>
 #include <krlayout/model/KrRouteSegment.h>

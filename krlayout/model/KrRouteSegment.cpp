@@ -1,7 +1,7 @@
 #include <krlayout/model/KrRouteSegment.h>
 
-#include <krlayout/grid/KrRoutingGrid.h>
-#include <krlayout/layout/IPriority.h>
+#include <krlayout/grid/KrRoutingGrid.h>  // Extends is handed a KrRoutingGrid* and calls its members
+#include <krlayout/layout/IPriority.h>  // IsHor is handed an IPriority* and asks it for a ranking
 #include <krlayout/model/KrGeoUtility.h>
 #include <krlayout/model/KrRouteCADLine.h>
 #include <krlayout/model/KrRoutingWayPoint.h>

@@ -1,7 +1,7 @@
 #include <krlayout/sketch/KrSketch.h>
 
 #include <krlayout/grid/KrRoutingGrid.h>
-#include <krlayout/layout/KrRoutingPriorityByLength.h>
+#include <krlayout/layout/KrRoutingPriorityByLength.h>  // ExcludeLongestSegment ranks with this strategy
 #include <krlayout/model/ALLine.h>
 #include <krlayout/model/ALPoint.h>
 #include <krlayout/model/KrGeoUtility.h>

@@ -3,6 +3,8 @@
 #include "Geometry2D.h"
 #include "UnitFormat.h"
 
+#include <krlayout/api/KrUtf8Codec.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -62,36 +64,17 @@ std::string DxfWriter::dxfText(std::string const& utf8)
 {
     std::string out;
     for (size_t i = 0; i < utf8.size();) {
-        unsigned char const c = static_cast<unsigned char>(utf8[i]);
-        if (c < 0x80) {
-            if (c >= 0x20 && c != 0x7f)
-                out += static_cast<char>(c);
-            ++i;
-            continue;
-        }
-        // Decode one UTF-8 sequence; a broken one becomes '?'.
-        int extra = (c >= 0xf0) ? 3 : (c >= 0xe0) ? 2 : (c >= 0xc0) ? 1 : -1;
-        unsigned long cp = (extra == 3) ? (c & 0x07u) : (extra == 2) ? (c & 0x0fu) : (c & 0x1fu);
-        bool ok = extra > 0;
-        for (int k = 1; ok && k <= extra; ++k) {
-            if (i + static_cast<size_t>(k) >= utf8.size()) {
-                ok = false;
-                break;
-            }
-            unsigned char const n = static_cast<unsigned char>(utf8[i + static_cast<size_t>(k)]);
-            if ((n & 0xc0u) != 0x80u)
-                ok = false;
-            cp = (cp << 6) | (n & 0x3fu);
-        }
-        if (!ok) {
+        char32_t cp = 0;
+        if (!KrUtf8Codec::DecodeNext(utf8, i, cp)) {
             out += '?';
-            ++i;
-            continue;
+        } else if (cp < 0x80) {
+            if (cp >= 0x20 && cp != 0x7f)
+                out += static_cast<char>(cp);
+        } else {
+            char buf[16];
+            std::snprintf(buf, sizeof buf, "\\U+%04lX", static_cast<unsigned long>(cp));
+            out += buf;
         }
-        char buf[16];
-        std::snprintf(buf, sizeof buf, "\\U+%04lX", cp);
-        out += buf;
-        i += static_cast<size_t>(extra) + 1;
     }
     return out;
 }

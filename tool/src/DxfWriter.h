@@ -25,7 +25,8 @@ public:
 private:
     // The text on a segment: "19  0.350 m  %%c8 mm".
     static std::string segmentText(ResultSegment const& s, LayoutResult const& result);
-    // DXF text is 8-bit: non-ASCII characters become \U+XXXX escapes, controls are dropped.
+    // DXF text is 8-bit: non-ASCII characters become \U+XXXX escapes, controls are dropped, and
+    // each ill-formed part of the UTF-8 (as KrUtf8Codec decodes it) becomes '?'.
     static std::string dxfText(std::string const& utf8);
 };
 

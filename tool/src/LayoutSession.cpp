@@ -4,10 +4,10 @@
 #include "DroppedSegments.h"
 #include "FilletGeometry.h"
 #include "Geometry2D.h"
-#include "TextCodec.h"
 
 #include <JsonHostDocument.h>
 #include <krlayout/api/KrAutoLayout.h>
+#include <krlayout/api/KrUtf8Codec.h>
 #include <krlayout/host/IHostApplication.h>
 #include <krlayout/host/IHostSketch.h>
 #include <krlayout/host/KrHostInterfaceId.h>
@@ -234,7 +234,7 @@ std::string LayoutSession::gridProblem(ToolOptions const& options) const
 
 bool LayoutSession::hasFeature(std::string const& name) const
 {
-    std::wstring const wide = TextCodec::toWide(name);
+    std::wstring const wide = KrUtf8Codec::Decode(name);
     for (std::wstring const& f : document_->model().features) {
         if (f == wide)
             return true;
@@ -268,7 +268,7 @@ std::map<long, std::string> LayoutSession::componentTexts() const
 {
     std::map<long, std::string> out;
     for (auto const& [id, text] : document_->componentMap())
-        out.emplace(id, TextCodec::toUtf8(text));
+        out.emplace(id, KrUtf8Codec::Encode(text));
     return out;
 }
 
@@ -299,7 +299,7 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
                                 double metresPerUnit)
 {
     LayoutResult result;
-    result.documentName = TextCodec::toUtf8(document_->model().name);
+    result.documentName = KrUtf8Codec::Encode(document_->model().name);
     result.units = units;
     result.metresPerUnit = metresPerUnit;
     result.layoutType = options.layoutType;
@@ -327,7 +327,7 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
             host->AddRef();
         void* resultSketch = nullptr;
         if (options.hasFeature) {
-            std::wstring feature = TextCodec::toWide(options.feature);
+            std::wstring feature = KrUtf8Codec::Decode(options.feature);
             std::wstring runText;
             result.status = layout.StartAutoLayout2(host, options.layoutType, options.fillets,
                                                     options.relations, feature, &resultSketch,
@@ -363,7 +363,7 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
     for (JsonHostRecorder::Selected const& sel : rec.callouts()) {
         if (!sel.hasCallout || sel.target.kind != "entity")
             continue;
-        std::string const text = TextCodec::toUtf8(sel.callout);
+        std::string const text = KrUtf8Codec::Encode(sel.callout);
         long const id = sel.target.segment;
         if (knownMessages.insert({id, text}).second)
             result.messages.push_back({id, text});
@@ -373,9 +373,9 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
             result.checkMessage = text;
     }
     if (result.checkMessage.empty() && result.status == 7)
-        result.checkMessage = TextCodec::toUtf8(KrAutoLayout::loopMessage);
+        result.checkMessage = KrUtf8Codec::Encode(KrAutoLayout::loopMessage);
     if (result.checkMessage.empty() && result.status == 8)
-        result.checkMessage = TextCodec::toUtf8(KrAutoLayout::disjoinMessage);
+        result.checkMessage = KrUtf8Codec::Encode(KrAutoLayout::disjoinMessage);
 
     if (result.status == 0) {
         // The laid-out segments in the library's order, with the input's length and diameter.
@@ -444,7 +444,7 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
                     auto w = where.find(t.id);
                     if (w != where.end())
                         result.segments[w->second.first].lines[w->second.second].relations.push_back(
-                            TextCodec::toUtf8(r.name));
+                            KrUtf8Codec::Encode(r.name));
                 }
             }
             std::map<size_t, std::vector<std::pair<int, double>>> joints;
