@@ -4,6 +4,7 @@
 #include "DroppedSegments.h"
 #include "Geometry2D.h"
 #include "LabelPlacer.h"
+#include "LayoutType.h"
 #include "UnitFormat.h"
 
 #include <cairo-pdf.h>
@@ -670,11 +671,13 @@ void Painter::drawHeader(DrawingCanvas& cr)
     text(kMarginX, 28, 15, true, title);
 
     std::ostringstream line;
-    line << (result_.layoutType == 1 ? "Layout by length" : "Layout by diameter") << "  \u00b7  "
+    line << LayoutType::title(result_.layoutType) << "  \u00b7  "
          << (result_.mode == "arrays" ? "output arrays" : "drawn into the host sketch")
          << "  \u00b7  grid " << UnitFormat::length(result_.gridX, result_.units) << " \u00d7 "
-         << UnitFormat::length(result_.gridY, result_.units) << "  \u00b7  model units: "
-         << result_.units;
+         << UnitFormat::length(result_.gridY, result_.units);
+    if (result_.layoutType == LayoutType::kBoard)
+        line << "  \u00b7  clearance " << UnitFormat::length(result_.clearance, result_.units);
+    line << "  \u00b7  model units: " << result_.units;
     if (result_.mode != "arrays")
         line << "  \u00b7  fillets " << (result_.fillets ? "on" : "off") << ", relations "
              << (result_.relations ? "on" : "off");

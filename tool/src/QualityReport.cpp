@@ -1,5 +1,8 @@
 #include "QualityReport.h"
 
+#include "ClearanceCheck.h"
+#include "LayoutType.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
@@ -28,16 +31,26 @@ QualityReport QualityReport::measure(LayoutResult const& result)
     r.segments_ = result.segments.size();
     r.extent_ = Geometry2D::extentOf(result, result.laidOut);
 
+    r.clearance_ = result.clearance;
+    r.board_ = result.layoutType == LayoutType::kBoard;
+    r.crowdedPoints_ = result.crowdedPoints;
+
     std::vector<FlatLine> flat;
+    std::vector<ClearanceCheck::Segment> spaced(result.segments.size());
     for (size_t si = 0; si < result.segments.size(); ++si) {
         ResultSegment const& s = result.segments[si];
         SegmentLength row;
         row.id = s.id;
         row.trueLength = s.length;
+        ClearanceCheck::Segment& c = spaced[si];
+        c.length = s.length;
+        c.diameter = s.diameter;
+        c.sketch = s.inputLines;
         auto addLine = [&](Point2 const& a, Point2 const& b) {
             flat.push_back({si, a, b, std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x),
                             std::max(a.y, b.y)});
             row.drawnLength += Geometry2D::distance(a, b);
+            c.lines.push_back({a, b});
         };
         if (result.laidOut) {
             for (ResultLine const& l : s.lines)
@@ -46,9 +59,21 @@ QualityReport QualityReport::measure(LayoutResult const& result)
             for (auto const& l : s.inputLines)
                 addLine(l.first, l.second);
         }
+        if (s.length > 0.0) {
+            double const deviation = std::fabs(row.drawnLength - s.length) / s.length;
+            if (deviation > r.largestDeviation_) {
+                r.largestDeviation_ = deviation;
+                r.largestDeviationId_ = s.id;
+            }
+        }
         r.lengths_.push_back(row);
     }
     r.lines_ = flat.size();
+
+    for (ClearanceCheck::Violation const& v : ClearanceCheck::find(spaced, r.clearance_)) {
+        r.closePairs_.push_back(
+            {result.segments[v.a].id, result.segments[v.b].id, v.distance, v.required});
+    }
 
     // Sweep over x so that only lines whose boxes overlap are compared.
     std::vector<size_t> order(flat.size());
@@ -109,6 +134,17 @@ nlohmann::ordered_json QualityReport::toJson() const
     }
     j["overlaps"] = overlaps;
     j["overlap_length"] = overlapTotal;
+    j["clearance"] = clearance_;
+    j["clearance_violations"] = closePairs_.size();
+    json close = json::array();
+    for (ClosePair const& c : closePairs_) {
+        close.push_back({{"segments", {c.segmentA, c.segmentB}},
+                         {"distance", c.distance},
+                         {"required", c.required}});
+    }
+    j["close_pairs"] = close;
+    if (board_)
+        j["crowded_points"] = crowdedPoints_ >= 0 ? json(crowdedPoints_) : json();
     json lengths = json::array();
     double worst = 0.0;
     for (SegmentLength const& s : lengths_) {
@@ -122,6 +158,7 @@ nlohmann::ordered_json QualityReport::toJson() const
     }
     j["segment_lengths"] = lengths;
     j["largest_length_difference"] = worst;
+    j["largest_length_deviation"] = largestDeviation_;
     json ext;
     if (!extent_.empty) {
         ext = {{"min", {extent_.minX, extent_.minY}},
@@ -148,6 +185,16 @@ void QualityReport::print(std::ostream& out, std::string const& units) const
         overlapTotal += o.length;
     out << "  overlapping pieces:  " << overlaps_.size() << " (total " << overlapTotal << ' '
         << units << ")\n";
+    out << "  clearance:           " << clearance_ << ' ' << units << "; "
+        << closePairs_.size() << (closePairs_.size() == 1 ? " pair" : " pairs")
+        << " of segments closer than the rule allows\n";
+    if (board_) {
+        out << "  crowded points:      ";
+        if (crowdedPoints_ >= 0)
+            out << crowdedPoints_ << "\n";
+        else
+            out << "not laid out\n";
+    }
     if (extent_.empty) {
         out << "  extent:              empty\n";
     } else {
@@ -168,6 +215,15 @@ void QualityReport::print(std::ostream& out, std::string const& units) const
     if (worst > 0.0)
         out << " (segment " << worstId << ")";
     out << "\n";
+    {
+        // A relative figure: shown in significant digits, 1e-16 as well as 0.35.
+        std::ostringstream deviation;
+        deviation << std::setprecision(3) << largestDeviation_;
+        out << "  largest length deviation: " << deviation.str() << " of the true length";
+        if (largestDeviation_ > 0.0)
+            out << " (segment " << largestDeviationId_ << ")";
+        out << "\n";
+    }
     auto listLimited = [&](char const* title, size_t count, auto const& item) {
         if (count == 0)
             return;
@@ -190,6 +246,14 @@ void QualityReport::print(std::ostream& out, std::string const& units) const
         std::ostringstream s;
         s << std::fixed << std::setprecision(3) << "segments " << o.segmentA << " and "
           << o.segmentB << ": " << o.length << ' ' << units;
+        return s.str();
+    });
+    listLimited("closer than the clearance rule allows", closePairs_.size(), [&](size_t i) {
+        ClosePair const& c = closePairs_[i];
+        std::ostringstream s;
+        s << std::fixed << std::setprecision(4) << "segments " << c.segmentA << " and "
+          << c.segmentB << ": " << c.distance << ' ' << units << " apart, " << c.required << ' '
+          << units << " required";
         return s.str();
     });
     out << "  per segment (id: drawn / true length, " << units << "):\n";

@@ -1,5 +1,6 @@
-// Measures of a layout: how many segments cross or overlap, how far drawn lengths stray from the
-// true lengths, and how large the drawing is.
+// Measures of a layout: how many segments cross or overlap, which pairs come closer than the
+// clearance rule allows (ClearanceCheck), how far drawn lengths stray from the true lengths, and
+// how large the drawing is.
 #pragma once
 
 #include "Geometry2D.h"
@@ -24,6 +25,12 @@ public:
         long segmentB = 0;
         double length = 0.0;
     };
+    struct ClosePair {
+        long segmentA = 0;
+        long segmentB = 0;
+        double distance = 0.0;
+        double required = 0.0;
+    };
     struct SegmentLength {
         long id = 0;
         double trueLength = 0.0;
@@ -40,6 +47,11 @@ public:
     size_t crossingPairs() const;
     std::vector<Crossing> const& crossings() const { return crossings_; }
     std::vector<Overlap> const& overlaps() const { return overlaps_; }
+    // Pairs of segments that do not meet and lie closer than the clearance rule allows.
+    std::vector<ClosePair> const& clearanceViolations() const { return closePairs_; }
+    double clearance() const { return clearance_; }
+    // The largest |drawn - true| / true over the segments with a true length; 0 without any.
+    double largestLengthDeviation() const { return largestDeviation_; }
 
 private:
     bool laidOut_ = false;
@@ -47,7 +59,13 @@ private:
     size_t lines_ = 0;
     std::vector<Crossing> crossings_;   // every proper crossing point between two segments
     std::vector<Overlap> overlaps_;     // every collinear shared stretch between two segments
+    std::vector<ClosePair> closePairs_; // by the segments' order in the result
+    double clearance_ = 0.0;
     std::vector<SegmentLength> lengths_;
+    double largestDeviation_ = 0.0;
+    long largestDeviationId_ = 0;
+    bool board_ = false;                // board layout: crowded points are reported
+    long crowdedPoints_ = -1;           // -1: the board layout did not run
     Extent extent_;
 };
 
