@@ -234,9 +234,6 @@ def check_dxf_texts(dxf, doc, units="m"):
 # Segments the layout loses on the bundled examples with their default grid, by layout type: its
 # final check deletes them (a child laid out with a zero first step), and the tool must say so.
 LOST = {("engine-bay", 1): [19], ("dashboard", 1): [1008, 1017, 1035, 1043]}
-# Crossing pairs of the board layout with the default clearance: none in the engine bay; the
-# dashboard and the machine cabinet have crowded points, where the layout still crosses segments.
-BOARD_CROSSINGS_AT_MOST = {"engine-bay": 0, "dashboard": 14, "machine-cabinet": 15}
 SEGMENTS_DROPPED = 12
 
 
@@ -485,12 +482,25 @@ def example_group(name):
             check(q["largest_length_deviation"] < 1e-9, "length deviation %r" % q["largest_length_deviation"])
             check(q["clearance"] == max(doc["options"]["grid"]), "clearance %r" % q["clearance"])
             check(isinstance(q["crowded_points"], int) and q["crowded_points"] >= 0, "crowded %r" % q["crowded_points"])
-            # The layout draws without crossings where it found room everywhere; at crowded points it
-            # still crosses segments (being worked on): no more crossings than it has today.
+            # A drawing without crowded points keeps every clearance, crosses nothing and draws every
+            # line along an axis or at 45 degrees (fan lines at points where more than eight segments
+            # meet aside). Near crowded points segments may come too close and even cross: those
+            # figures are printed, not asserted.
             if q["crowded_points"] == 0:
                 check(q["crossing_pairs"] == 0, "crossings %r" % q["crossings"][:3])
-            check(q["crossing_pairs"] <= BOARD_CROSSINGS_AT_MOST[name],
-                  "crossing pairs %d, at most %d" % (q["crossing_pairs"], BOARD_CROSSINGS_AT_MOST[name]))
+                check(q["clearance_violations"] == 0, "close pairs %r" % q["close_pairs"][:3])
+                meeting = {}
+                ends = lambda line: [(round(p[0], 6), round(p[1], 6)) for p in (line["start"], line["end"])]
+                for seg in doc["segments"]:
+                    for p in ends(seg["lines"][0]):
+                        meeting[p] = meeting.get(p, 0) + 1
+                for seg in doc["segments"]:
+                    line = seg["lines"][0]
+                    if max(meeting[p] for p in ends(line)) > 8:
+                        continue
+                    turn = math.degrees(math.atan2(line["end"][1] - line["start"][1],
+                                                   line["end"][0] - line["start"][0])) / 45.0
+                    check(abs(turn - round(turn)) < 1e-9, "segment %d at %r degrees" % (seg["id"], 45 * turn))
             print("INFO %s board layout (%s): %d crossing pairs, %d pairs closer than the clearance, "
                   "%d crowded points" % (name, mode, q["crossing_pairs"], q["clearance_violations"],
                                          q["crowded_points"]), flush=True)
