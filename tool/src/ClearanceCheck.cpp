@@ -1,6 +1,7 @@
 #include "ClearanceCheck.h"
 
 #include "Geometry2D.h"
+#include "LineGrid.h"
 
 #include <algorithm>
 #include <cmath>
@@ -219,17 +220,6 @@ std::pair<size_t, size_t> endsOf(ClearanceCheck::Segment const& s, NodeIndex& no
     return {a, a == b ? kNone : b};
 }
 
-struct Box {
-    double x0, y0, x1, y1;
-};
-
-struct Item {
-    size_t segment;
-    Point2 a;
-    Point2 b;
-    Box box;
-};
-
 bool finite(Point2 const& p)
 {
     return std::isfinite(p.x) && std::isfinite(p.y);
@@ -237,83 +227,30 @@ bool finite(Point2 const& p)
 
 }  // namespace
 
-std::vector<ClearanceCheck::Violation> ClearanceCheck::find(std::vector<Segment> const& segments,
-                                                            double clearance)
+void ClearanceCheck::find(std::vector<Segment> const& segments, double clearance,
+                          std::function<void(Violation const&)> const& found)
 {
-    std::vector<Violation> out;
     if (!(clearance >= 0.0))
         clearance = 0.0;
 
-    // The farthest any pair can be asked to keep apart; the cells are at least that wide.
+    // The farthest any pair can be asked to keep apart: the grid hands back the lines whose
+    // boxes come that close.
     double reach = clearance;
-    std::vector<Item> items;
+    std::vector<LineGrid::Line> lines;
     for (size_t si = 0; si < segments.size(); ++si) {
         Segment const& s = segments[si];
         if (!s.lines.empty() && std::isfinite(s.diameter))
             reach = std::max(reach, s.diameter);
         for (auto const& l : s.lines) {
-            if (!finite(l.first) || !finite(l.second))
-                continue;
-            items.push_back({si, l.first, l.second,
-                             {std::min(l.first.x, l.second.x), std::min(l.first.y, l.second.y),
-                              std::max(l.first.x, l.second.x), std::max(l.first.y, l.second.y)}});
+            if (finite(l.first) && finite(l.second))
+                lines.push_back({si, l.first, l.second});
         }
     }
-    if (!(reach > kTol) || items.size() < 2)
-        return out;
+    if (!(reach > kTol) || lines.size() < 2)
+        return;
     if (!std::isfinite(reach))
         reach = std::numeric_limits<double>::max();
-
-    // Every line's box grown by half the reach: two lines closer than the reach have grown boxes
-    // that overlap, so they share a cell.
-    double const half = reach / 2.0;
-    auto grown = [half](Box const& b) {
-        return Box{b.x0 - half, b.y0 - half, b.x1 + half, b.y1 + half};
-    };
-    Box all = grown(items.front().box);
-    std::vector<double> sizes;
-    sizes.reserve(items.size());
-    for (Item const& it : items) {
-        Box const g = grown(it.box);
-        all.x0 = std::min(all.x0, g.x0);
-        all.y0 = std::min(all.y0, g.y0);
-        all.x1 = std::max(all.x1, g.x1);
-        all.y1 = std::max(all.y1, g.y1);
-        sizes.push_back(std::max(it.box.x1 - it.box.x0, it.box.y1 - it.box.y0));
-    }
-    // Cells as wide as a typical line (the median), and no narrower than the reach; wider still
-    // when the lines would fill too many cells, or the drawing would need more than 2^30 cells
-    // along a side.
-    std::nth_element(sizes.begin(), sizes.begin() + sizes.size() / 2, sizes.end());
-    double const span = std::max(all.x1 - all.x0, all.y1 - all.y0);
-    double cell = std::max({reach, sizes[sizes.size() / 2], span / 1073741824.0});
-    auto cellOf = [&](double v, double origin) {
-        return static_cast<std::uint64_t>(std::max(0.0, std::floor((v - origin) / cell)));
-    };
-    double const budget = 8.0 * static_cast<double>(items.size()) + 65536.0;
-    for (;;) {
-        double entries = 0.0;
-        for (Item const& it : items) {
-            Box const g = grown(it.box);
-            entries += static_cast<double>(cellOf(g.x1, all.x0) - cellOf(g.x0, all.x0) + 1) *
-                       static_cast<double>(cellOf(g.y1, all.y0) - cellOf(g.y0, all.y0) + 1);
-        }
-        if (entries <= budget || cell >= span)
-            break;
-        cell *= 2.0;
-    }
-
-    std::vector<std::pair<std::uint64_t, std::uint32_t>> entries;
-    for (size_t i = 0; i < items.size(); ++i) {
-        Box const g = grown(items[i].box);
-        std::uint64_t const cx1 = cellOf(g.x1, all.x0);
-        std::uint64_t const cy1 = cellOf(g.y1, all.y0);
-        for (std::uint64_t cx = cellOf(g.x0, all.x0); cx <= cx1; ++cx) {
-            for (std::uint64_t cy = cellOf(g.y0, all.y0); cy <= cy1; ++cy)
-                entries.push_back({cx << 32 | cy, static_cast<std::uint32_t>(i)});
-        }
-    }
-    std::sort(entries.begin(), entries.end());
+    LineGrid const grid(std::move(lines), reach);
 
     // Which segments meet and the tree paths between them, from the sketch.
     NodeIndex nodes;
@@ -354,58 +291,53 @@ std::vector<ClearanceCheck::Violation> ClearanceCheck::find(std::vector<Segment>
         return shortest;
     };
 
-    // Every pair of lines closer than the rule asks of their segments; a pair of segments with
-    // several such lines is merged once all are found.
-    for (size_t g0 = 0; g0 < entries.size();) {
-        size_t g1 = g0;
-        while (g1 < entries.size() && entries[g1].first == entries[g0].first)
-            ++g1;
-        std::uint64_t const cx = entries[g0].first >> 32;
-        std::uint64_t const cy = entries[g0].first & 0xFFFFFFFFULL;
-        for (size_t i = g0; i < g1; ++i) {
-            Item const& p = items[entries[i].second];
-            Box const gp = grown(p.box);
-            for (size_t j = i + 1; j < g1; ++j) {
-                Item const& q = items[entries[j].second];
-                if (p.segment == q.segment)
-                    continue;
-                // The pair is looked at in one cell only: the one holding the lower left corner
-                // of the overlap of their grown boxes.
-                Box const gq = grown(q.box);
-                double const ox = std::max(gp.x0, gq.x0);
-                double const oy = std::max(gp.y0, gq.y0);
-                if (ox > std::min(gp.x1, gq.x1) || oy > std::min(gp.y1, gq.y1))
-                    continue;
-                if (cellOf(ox, all.x0) != cx || cellOf(oy, all.y0) != cy)
-                    continue;
-                size_t const a = std::min(p.segment, q.segment);
-                size_t const b = std::max(p.segment, q.segment);
-                double const base = std::max(
-                    clearance, (segments[a].diameter + segments[b].diameter) / 2.0);
-                // The boxes are never further apart than the lines.
-                double const gapX = std::max({0.0, p.box.x0 - q.box.x1, q.box.x0 - p.box.x1});
-                double const gapY = std::max({0.0, p.box.y0 - q.box.y1, q.box.y0 - p.box.y1});
-                if (std::hypot(gapX, gapY) >= base - kTol)
-                    continue;
-                double const distance = Geometry2D::lineDistance(p.a, p.b, q.a, q.b);
-                if (distance >= base - kTol || meet(a, b))
-                    continue;
-                double const required = std::min(base, shortestBetween(a, b));
-                if (distance < required - kTol)
-                    out.push_back({a, b, distance, required});
-            }
+    // The lines come in the order of their segments: the pairs of one segment a with the later
+    // ones are gathered, then handed on by b, the closest lines of each pair standing for it.
+    // Only one segment's pairs are held at a time.
+    std::vector<Violation> ofSegment;
+    auto handOn = [&]() {
+        std::sort(ofSegment.begin(), ofSegment.end(), [](Violation const& x, Violation const& y) {
+            return x.b != y.b ? x.b < y.b : x.distance < y.distance;
+        });
+        for (size_t i = 0; i < ofSegment.size(); ++i) {
+            if (i == 0 || ofSegment[i].b != ofSegment[i - 1].b)
+                found(ofSegment[i]);
         }
-        g0 = g1;
+        ofSegment.clear();
+    };
+    for (size_t p = 0; p < grid.size(); ++p) {
+        size_t const a = grid.line(p).segment;
+        if (p > 0 && a != grid.line(p - 1).segment)
+            handOn();
+        LineGrid::Box const& bp = grid.box(p);
+        grid.laterNeighbours(p, [&](size_t q) {
+            size_t const b = grid.line(q).segment;
+            double const base =
+                std::max(clearance, (segments[a].diameter + segments[b].diameter) / 2.0);
+            // The boxes are never further apart than the lines.
+            LineGrid::Box const& bq = grid.box(q);
+            double const gapX = std::max({0.0, bp.x0 - bq.x1, bq.x0 - bp.x1});
+            double const gapY = std::max({0.0, bp.y0 - bq.y1, bq.y0 - bp.y1});
+            if (std::hypot(gapX, gapY) >= base - kTol)
+                return;
+            LineGrid::Line const& lp = grid.line(p);
+            LineGrid::Line const& lq = grid.line(q);
+            double const distance = Geometry2D::lineDistance(lp.a, lp.b, lq.a, lq.b);
+            if (distance >= base - kTol || meet(a, b))
+                return;
+            double const required = std::min(base, shortestBetween(a, b));
+            if (distance < required - kTol)
+                ofSegment.push_back({a, b, distance, required});
+        });
     }
-    std::sort(out.begin(), out.end(), [](Violation const& x, Violation const& y) {
-        return x.a != y.a ? x.a < y.a : x.b != y.b ? x.b < y.b : x.distance < y.distance;
-    });
-    // The closest lines of each pair stand for it.
-    out.erase(std::unique(out.begin(), out.end(),
-                          [](Violation const& x, Violation const& y) {
-                              return x.a == y.a && x.b == y.b;
-                          }),
-              out.end());
+    handOn();
+}
+
+std::vector<ClearanceCheck::Violation> ClearanceCheck::find(std::vector<Segment> const& segments,
+                                                            double clearance)
+{
+    std::vector<Violation> out;
+    find(segments, clearance, [&out](Violation const& v) { out.push_back(v); });
     return out;
 }
 

@@ -11,13 +11,14 @@
 // (the document's entities, so that a drawing which makes two ends touch is not taken to join
 // them); distances are measured between the drawn lines. A sketch that is not a tree (one with a
 // loop, measured before any layout) is read along a spanning tree; segments in different pieces
-// get no shorter limit. Close pairs are found through a uniform grid of cells, so a drawing of
-// n lines takes about n log n time rather than comparing all pairs.
+// get no shorter limit. Close pairs are found through a uniform grid of cells (LineGrid), so a
+// drawing of n lines takes about n log n time rather than comparing all pairs.
 #pragma once
 
 #include "LayoutResult.h"
 
 #include <cstddef>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -40,8 +41,13 @@ public:
         double required = 0.0;   // what the rule asks of this pair
     };
 
-    // Every pair closer than the rule asks by more than the library's tolerance, ordered by a,
-    // then b.
+    // Calls found(v) for every pair closer than the rule asks by more than the library's
+    // tolerance, once a pair, ordered by a, then b; of a pair with several close lines the
+    // closest stand for it. Only the pairs of one segment a are held at a time, so a drawing with
+    // millions of close pairs costs the caller only what it keeps of them.
+    static void find(std::vector<Segment> const& segments, double clearance,
+                     std::function<void(Violation const&)> const& found);
+    // The same pairs gathered into one list, for drawings known to have few.
     static std::vector<Violation> find(std::vector<Segment> const& segments, double clearance);
 };
 
