@@ -216,9 +216,9 @@ TEST(QualityReport, BoardLayoutReportsCrowdedPointsAndClosePairs)
     r.segments.push_back(laidOut(7, 1.0, 0.004, {{{0, 0}, {1, 0}}}));
     r.segments.push_back(laidOut(9, 1.0, 0.004, {{{0, 0.015}, {1, 0.015}}}));
     auto const q = krtool::QualityReport::measure(r);
-    ASSERT_EQ(q.clearanceViolations().size(), 1u);
-    EXPECT_EQ(q.clearanceViolations()[0].segmentA, 7);
-    EXPECT_EQ(q.clearanceViolations()[0].segmentB, 9);
+    ASSERT_EQ(q.clearanceViolations().count(), 1u);
+    EXPECT_EQ(q.clearanceViolations().kept()[0].segmentA, 7);
+    EXPECT_EQ(q.clearanceViolations().kept()[0].segmentB, 9);
     auto const j = q.toJson();
     EXPECT_EQ(j["crowded_points"].get<long>(), 3);
     EXPECT_EQ(j["clearance_violations"].get<size_t>(), 1u);

@@ -733,7 +733,7 @@ std::string Painter::statusLine(bool& banner) const
         Extent const e = extent_;
         status << "OK  \u00b7  " << result_.segments.size() << " segments  \u00b7  "
                << report_.crossingPairs() << " crossing pairs  \u00b7  "
-               << report_.overlaps().size() << " overlapping pieces  \u00b7  extent "
+               << report_.overlaps().count() << " overlapping pieces  \u00b7  extent "
                << UnitFormat::length(e.width(), result_.units) << " \u00d7 "
                << UnitFormat::length(e.height(), result_.units);
         if (cleaned > 0)

@@ -241,8 +241,8 @@ void ToolApplication::printSummary(LayoutResult const& result, QualityReport con
     if (result.layoutType == LayoutType::kBoard)
         out_ << ", clearance " << UnitFormat::plain(result.clearance) << ' ' << result.units;
     out_ << ", " << (result.mode == "arrays" ? "output arrays" : "host sketch") << "; "
-         << report.crossingPairs() << " crossing pairs, " << report.overlaps().size()
-         << " overlapping pieces, " << report.clearanceViolations().size()
+         << report.crossingPairs() << " crossing pairs, " << report.overlaps().count()
+         << " overlapping pieces, " << report.clearanceViolations().count()
          << " pairs closer than the clearance";
     if (result.layoutType == LayoutType::kBoard)
         out_ << ", " << result.crowdedPoints << " crowded points";
