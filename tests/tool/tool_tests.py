@@ -104,10 +104,18 @@ def check_result_document(doc, layout_type, mode):
     check(doc["check"] is None and doc["messages"] == [], "no check message on success")
     check(doc["host"]["references_left"] == 0, "host references left: %r" % doc["host"])
     quality = doc["quality"]
-    for key in ("segments", "lines", "crossing_pairs", "overlapping_pieces", "segment_lengths", "extent",
-                "clearance", "clearance_violations", "close_pairs", "largest_length_deviation"):
+    for key in ("segments", "lines", "list_limit", "crossing_pairs", "crossing_points", "overlapping_pieces",
+                "segment_lengths", "extent", "clearance", "clearance_violations", "close_pairs",
+                "largest_length_deviation"):
         check(key in quality, "quality report lacks %s" % key)
-    check(quality["clearance_violations"] == len(quality["close_pairs"]), "clearance violations counted")
+    # Every list holds at most list_limit entries beside its exact count, and says when it is cut.
+    for listed, count in (("crossings", "crossing_points"), ("overlaps", "overlapping_pieces"),
+                          ("close_pairs", "clearance_violations")):
+        n = quality[count]
+        check(len(quality[listed]) == min(n, quality["list_limit"]), "%s counted: %d of %d listed"
+              % (listed, len(quality[listed]), n))
+        check(quality[listed + "_truncated"] == (n > len(quality[listed])), "%s_truncated" % listed)
+    check(quality["crossing_pairs"] <= quality["crossing_points"], "crossing pairs and points")
     check(("crowded_points" in quality) == (layout_type == 2), "crowded points for the board layout only")
     if layout_type != 2:
         # The grid layouts are measured against the larger grid spacing.
@@ -898,6 +906,42 @@ def failures_group():
                 check(("crowded points:      not laid out" in out) == bool(extra), "printed: %r" % out)
 
     clearance_of_sketch()
+
+    @case("lists of a tangled sketch")
+    def tangled_sketch():
+        # 40 horizontal segments (1 .. 40) across 40 vertical ones (101 .. 140), 0.1 apart: 1,600
+        # crossings and as many pairs 0 apart, more than a list holds. The lines cross without
+        # meeting, so the sketch is in disjoint pieces, the run stops, and the report measures it.
+        def line(i, a, b):
+            return {"id": i, "value": 0.004, "entities": [
+                {"kind": "line", "start": [a[0], a[1], 0], "end": [b[0], b[1], 0]}]}
+        segments = [line(1 + i, (-0.05, 0.1 * i), (4.05, 0.1 * i)) for i in range(40)]
+        segments += [line(101 + i, (0.1 * i, -0.05), (0.1 * i, 4.05)) for i in range(40)]
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "tangled.json")
+            with open(path, "w") as f:
+                json.dump({"segments": segments}, f)
+            res = os.path.join(tmp, "r.json")
+            code, out, err = run([path, "-o", res, "--report"])
+            check(code == 8, "exit %d: %r" % (code, err))
+            q = load_json(res)["quality"]
+            check(q["measured"] == "input sketch", q["measured"])
+            check(q["list_limit"] == 1000, "list limit %r" % q["list_limit"])
+            check(q["crossing_pairs"] == 1600 and q["crossing_points"] == 1600,
+                  "crossings %r %r" % (q["crossing_pairs"], q["crossing_points"]))
+            check(len(q["crossings"]) == 1000 and q["crossings_truncated"] is True, "crossings listed")
+            check(q["clearance_violations"] == 1600 and len(q["close_pairs"]) == 1000 and
+                  q["close_pairs_truncated"] is True, "close pairs listed")
+            check(q["overlapping_pieces"] == 0 and q["overlaps"] == [] and q["overlaps_truncated"] is False,
+                  "overlaps %r" % q["overlaps"])
+            # In the order of the segments: 1 with 101 .. 140, then 2 with them, and so on.
+            check(q["crossings"][0]["segments"] == [1, 101] and q["crossings"][999]["segments"] == [25, 140],
+                  "first and last listed %r %r" % (q["crossings"][0], q["crossings"][999]))
+            check(q["close_pairs"][999]["segments"] == [25, 140], "last close pair %r" % q["close_pairs"][999])
+            check("crossing pairs:      1600 (1600 crossing points)" in out, "printed: %r" % out)
+            check("... and 1580 more" in out, "printed: %r" % out)
+
+    tangled_sketch()
 
     @case("multi-pin clean-up reported")
     def multi_pin():
