@@ -3,7 +3,7 @@
 
     tool_tests.py KRLAYOUT_EXE GROUP [BUILD_DIR]
 
-Groups: engine-bay, dashboard, machine-cabinet (an example in both layout types and every output
+Groups: engine-bay, dashboard, machine-cabinet (an example in every layout type and every output
 format, the DXF read back), failures (the loop and disjoint examples), errors (bad documents),
 options (bad options, scales, write failures), inputs (warnings about component texts and
 units), interruptions (the time limit, SIGINT and SIGTERM)
@@ -104,8 +104,22 @@ def check_result_document(doc, layout_type, mode):
     check(doc["check"] is None and doc["messages"] == [], "no check message on success")
     check(doc["host"]["references_left"] == 0, "host references left: %r" % doc["host"])
     quality = doc["quality"]
-    for key in ("segments", "lines", "crossing_pairs", "overlapping_pieces", "segment_lengths", "extent"):
+    for key in ("segments", "lines", "list_limit", "crossing_pairs", "crossing_points", "overlapping_pieces",
+                "segment_lengths", "extent", "clearance", "clearance_violations", "close_pairs",
+                "largest_length_deviation"):
         check(key in quality, "quality report lacks %s" % key)
+    # Every list holds at most list_limit entries beside its exact count, and says when it is cut.
+    for listed, count in (("crossings", "crossing_points"), ("overlaps", "overlapping_pieces"),
+                          ("close_pairs", "clearance_violations")):
+        n = quality[count]
+        check(len(quality[listed]) == min(n, quality["list_limit"]), "%s counted: %d of %d listed"
+              % (listed, len(quality[listed]), n))
+        check(quality[listed + "_truncated"] == (n > len(quality[listed])), "%s_truncated" % listed)
+    check(quality["crossing_pairs"] <= quality["crossing_points"], "crossing pairs and points")
+    check(("crowded_points" in quality) == (layout_type == 2), "crowded points for the board layout only")
+    if layout_type != 2:
+        # The grid layouts are measured against the larger grid spacing.
+        check(quality["clearance"] == max(doc["options"]["grid"]), "clearance %r" % quality["clearance"])
     lines = 0
     for seg in doc["segments"]:
         check(seg["lines"], "segment %d has no lines" % seg["id"])
@@ -441,6 +455,94 @@ def example_group(name):
         all_formats(layout_type, "host")
     all_formats(0, "arrays")
 
+    @case("board layout")
+    def board_layout(mode):
+        with tempfile.TemporaryDirectory() as tmp:
+            outs = [os.path.join(tmp, "board" + ext) for ext in FORMATS]
+            args = [doc_path, "--type", "formboard", "-m", mode, "--report"]
+            for o in outs:
+                args += ["-o", o]
+            code, out, err = run(args)
+            check(code == 0, "exit %d: %s" % (code, err))
+            check(err == "", "stderr: %r" % err)
+            doc = load_json(outs[0])
+            check_result_document(doc, 2, mode)
+            check(doc["options"]["layout_type_name"] == "formboard", "type name %r" % doc["options"])
+            check(doc["options"]["clearance"] is None, "no --clearance given")
+            source = load_json(doc_path)
+            # Every segment is laid out, each as one straight line at its true length.
+            check(sorted(s["id"] for s in doc["segments"]) == sorted(s["id"] for s in source["segments"]),
+                  "segments laid out: %d of %d" % (len(doc["segments"]), len(source["segments"])))
+            check(doc["removed_segments"] == [] and doc["dropped_segments"] == [] and doc["complete"] is True,
+                  "nothing dropped: %r" % doc["dropped_segments"])
+            for seg in doc["segments"]:
+                check(len(seg["lines"]) == 1, "segment %d: %d lines" % (seg["id"], len(seg["lines"])))
+                check(abs(seg["lines"][0]["length"] - seg["length"]) <= 1e-9 * seg["length"],
+                      "segment %d drawn %r, true %r" % (seg["id"], seg["lines"][0]["length"], seg["length"]))
+                check(not seg["fillets"], "a straight segment has no fillet")
+                if mode == "host":
+                    line = seg["lines"][0]
+                    if line["axis"] != 0:
+                        check(("sgALONGY3D" if line["axis"] == 2 else "sgALONGX3D") in line["relations"],
+                              "axis relation on segment %d: %r" % (seg["id"], line["relations"]))
+            q = doc["quality"]
+            check(q["overlapping_pieces"] == 0, "overlaps %r" % q["overlaps"][:3])
+            check(q["largest_length_deviation"] < 1e-9, "length deviation %r" % q["largest_length_deviation"])
+            check(q["clearance"] == max(doc["options"]["grid"]), "clearance %r" % q["clearance"])
+            check(isinstance(q["crowded_points"], int) and q["crowded_points"] >= 0, "crowded %r" % q["crowded_points"])
+            # A drawing without crowded points keeps every clearance, crosses nothing and draws every
+            # line along an axis or at 45 degrees (fan lines at points where more than eight segments
+            # meet aside). Near crowded points segments may come too close and even cross: those
+            # figures are printed, not asserted.
+            if q["crowded_points"] == 0:
+                check(q["crossing_pairs"] == 0, "crossings %r" % q["crossings"][:3])
+                check(q["clearance_violations"] == 0, "close pairs %r" % q["close_pairs"][:3])
+                meeting = {}
+                ends = lambda line: [(round(p[0], 6), round(p[1], 6)) for p in (line["start"], line["end"])]
+                for seg in doc["segments"]:
+                    for p in ends(seg["lines"][0]):
+                        meeting[p] = meeting.get(p, 0) + 1
+                for seg in doc["segments"]:
+                    line = seg["lines"][0]
+                    if max(meeting[p] for p in ends(line)) > 8:
+                        continue
+                    turn = math.degrees(math.atan2(line["end"][1] - line["start"][1],
+                                                   line["end"][0] - line["start"][0])) / 45.0
+                    check(abs(turn - round(turn)) < 1e-9, "segment %d at %r degrees" % (seg["id"], 45 * turn))
+            print("INFO %s board layout (%s): %d crossing pairs, %d pairs closer than the clearance, "
+                  "%d crowded points" % (name, mode, q["crossing_pairs"], q["clearance_violations"],
+                                         q["crowded_points"]), flush=True)
+            for text in ("laid out %d segments (%d lines) as a board drawing at true lengths" %
+                         (len(doc["segments"]), len(doc["segments"])),
+                         "clearance 0.02 m", "%d crowded points" % q["crowded_points"],
+                         "Quality report", "clearance:", "crowded points:", "largest length deviation:"):
+                check(text in out, "output lacks %r: %r" % (text, out[:400]))
+            check(svg_description(outs[1]).startswith("OK  "), "OK line in the SVG")
+            check("Board layout (true lengths)" in pdf_text(outs[2]), "board title in the PDF")
+            check_svg(outs[1], tmp)
+            check_png(outs[3])
+            check_dxf_against_json(outs[4], doc)
+            check_cut_list(outs[5], doc, source)
+            check(sorted(os.listdir(tmp)) == sorted(os.path.basename(o) for o in outs),
+                  "stray files: %s" % os.listdir(tmp))
+
+    for mode in ("host", "arrays"):
+        board_layout(mode)
+
+    @case("board layout as type 2")
+    def board_type_number():
+        with tempfile.TemporaryDirectory() as tmp:
+            named = os.path.join(tmp, "named.json")
+            numbered = os.path.join(tmp, "numbered.json")
+            code, _, err = run([doc_path, "-q", "-m", "arrays", "--type", "formboard", "-o", named])
+            check(code == 0, "formboard: exit %d: %r" % (code, err))
+            code, _, err = run([doc_path, "-q", "-m", "arrays", "-t", "2", "-o", numbered])
+            check(code == 0, "2: exit %d: %r" % (code, err))
+            with open(named, "rb") as a, open(numbered, "rb") as b:
+                check(a.read() == b.read(), "--type 2 and --type formboard differ")
+
+    board_type_number()
+
     @case("lost segments named")
     def lost_segments(ids):
         # The outputs are written whole although segments are missing; each of them says so.
@@ -672,11 +774,11 @@ def example_group(name):
 
 def failures_group():
     @case("check failure")
-    def failure(name, code_wanted, message, ids):
+    def failure(name, code_wanted, message, ids, extra=()):
         doc_path = os.path.join(EXAMPLES, name + ".json")
         with tempfile.TemporaryDirectory() as tmp:
             outs = [os.path.join(tmp, "fail" + ext) for ext in FORMATS]
-            args = [doc_path, "-q"]
+            args = [doc_path, "-q"] + list(extra)
             for o in outs:
                 args += ["-o", o]
             code, out, err = run(args)
@@ -686,6 +788,10 @@ def failures_group():
                 check(str(i) in err, "stderr lacks segment id %d" % i)
             doc = load_json(outs[0])
             check(doc["status"] == code_wanted and doc["laid_out"] is False, "status in JSON")
+            check(doc["host"]["references_left"] == 0, "host references left: %r" % doc["host"])
+            if "formboard" in extra:
+                check(doc["options"]["layout_type"] == 2, "layout type %r" % doc["options"])
+                check(doc["quality"]["crowded_points"] is None, "no crowded points without a layout")
             check(doc["check"]["message"] == message, "check message %r" % doc["check"])
             check(sorted(doc["check"]["segments"]) == sorted(ids), "segments %r" % doc["check"]["segments"])
             check(all(m["text"] == message for m in doc["messages"]), "messages")
@@ -704,6 +810,9 @@ def failures_group():
 
     failure("door-loop", 7, "Loop Segment", [202, 205, 208])
     failure("rear-disjoint", 8, "Disjoint Segment", [308, 309])
+    for mode in ("host", "arrays"):
+        failure("door-loop", 7, "Loop Segment", [202, 205, 208], ("--type", "formboard", "-m", mode))
+        failure("rear-disjoint", 8, "Disjoint Segment", [308, 309], ("--type", "formboard", "-m", mode))
 
     @case("host failure")
     def host_failure():
@@ -759,6 +868,80 @@ def failures_group():
             check("crossing pairs:      1" in out, "printed report: %r" % out)
 
     quality_of_sketch()
+
+    @case("clearance of a sketch")
+    def clearance_of_sketch():
+        # A loop (1, 2, 3) stops the run, so the report measures this input sketch; every segment is
+        # 4 mm thick and the clearance is the grid's 0.02. Segment 4 meets nothing and runs 15 mm
+        # above 1: 20 mm asked, a violation. 6 runs 4 mm below 1 and 2's end, joined to both by the
+        # 4 mm segment 5: 4 mm is all that can be asked. 9 hangs off 2's end through the 10 mm
+        # segment 8 and slants back to 4 mm beside 2: 10 mm asked, a violation. 7 leaves 1's start
+        # 3 mm below it: the two meet, so that is no violation.
+        def line(i, a, b):
+            return {"id": i, "value": 0.004, "entities": [
+                {"kind": "line", "start": [a[0], a[1], 0], "end": [b[0], b[1], 0]}]}
+        doc = {"segments": [line(1, (0, 0), (1, 0)), line(2, (1, 0), (1, 1)), line(3, (1, 1), (0, 0)),
+                            line(4, (0.4, 0.015), (0.6, 0.015)), line(5, (1, 0), (1, -0.004)),
+                            line(6, (1, -0.004), (0.7, -0.004)), line(7, (0, 0), (0.3, -0.003)),
+                            line(8, (1, 1), (1.01, 1)), line(9, (1.01, 1), (1.004, 0.5))]}
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "sketch.json")
+            with open(path, "w") as f:
+                json.dump(doc, f)
+            for extra in ([], ["--type", "formboard"]):
+                res = os.path.join(tmp, "r.json")
+                code, out, err = run([path, "-o", res, "--report"] + extra)
+                check(code == 7, "exit %d: %r" % (code, err))
+                q = load_json(res)["quality"]
+                check(q["measured"] == "input sketch", q["measured"])
+                check(q["clearance"] == 0.02, "clearance %r" % q["clearance"])
+                check(q["clearance_violations"] == 2, "close pairs %r" % q["close_pairs"])
+                want = [([1, 4], 0.015, 0.02), ([2, 9], 0.004, 0.01)]
+                for got, (ids, distance, required) in zip(q["close_pairs"], want):
+                    check(got["segments"] == ids and abs(got["distance"] - distance) < 1e-9 and
+                          abs(got["required"] - required) < 1e-9, "close pair %r, wanted %r" % (got, ids))
+                check(q["largest_length_deviation"] < 1e-12, "deviation %r" % q["largest_length_deviation"])
+                check("clearance:           0.020 m; 2 pairs" in out, "printed: %r" % out)
+                check("segments 1 and 4: 0.0150 m apart, 0.0200 m required" in out, "printed: %r" % out)
+                check(("crowded points:      not laid out" in out) == bool(extra), "printed: %r" % out)
+
+    clearance_of_sketch()
+
+    @case("lists of a tangled sketch")
+    def tangled_sketch():
+        # 40 horizontal segments (1 .. 40) across 40 vertical ones (101 .. 140), 0.1 apart: 1,600
+        # crossings and as many pairs 0 apart, more than a list holds. The lines cross without
+        # meeting, so the sketch is in disjoint pieces, the run stops, and the report measures it.
+        def line(i, a, b):
+            return {"id": i, "value": 0.004, "entities": [
+                {"kind": "line", "start": [a[0], a[1], 0], "end": [b[0], b[1], 0]}]}
+        segments = [line(1 + i, (-0.05, 0.1 * i), (4.05, 0.1 * i)) for i in range(40)]
+        segments += [line(101 + i, (0.1 * i, -0.05), (0.1 * i, 4.05)) for i in range(40)]
+        with tempfile.TemporaryDirectory() as tmp:
+            path = os.path.join(tmp, "tangled.json")
+            with open(path, "w") as f:
+                json.dump({"segments": segments}, f)
+            res = os.path.join(tmp, "r.json")
+            code, out, err = run([path, "-o", res, "--report"])
+            check(code == 8, "exit %d: %r" % (code, err))
+            q = load_json(res)["quality"]
+            check(q["measured"] == "input sketch", q["measured"])
+            check(q["list_limit"] == 1000, "list limit %r" % q["list_limit"])
+            check(q["crossing_pairs"] == 1600 and q["crossing_points"] == 1600,
+                  "crossings %r %r" % (q["crossing_pairs"], q["crossing_points"]))
+            check(len(q["crossings"]) == 1000 and q["crossings_truncated"] is True, "crossings listed")
+            check(q["clearance_violations"] == 1600 and len(q["close_pairs"]) == 1000 and
+                  q["close_pairs_truncated"] is True, "close pairs listed")
+            check(q["overlapping_pieces"] == 0 and q["overlaps"] == [] and q["overlaps_truncated"] is False,
+                  "overlaps %r" % q["overlaps"])
+            # In the order of the segments: 1 with 101 .. 140, then 2 with them, and so on.
+            check(q["crossings"][0]["segments"] == [1, 101] and q["crossings"][999]["segments"] == [25, 140],
+                  "first and last listed %r %r" % (q["crossings"][0], q["crossings"][999]))
+            check(q["close_pairs"][999]["segments"] == [25, 140], "last close pair %r" % q["close_pairs"][999])
+            check("crossing pairs:      1600 (1600 crossing points)" in out, "printed: %r" % out)
+            check("... and 1580 more" in out, "printed: %r" % out)
+
+    tangled_sketch()
 
     @case("multi-pin clean-up reported")
     def multi_pin():
@@ -1204,7 +1387,16 @@ def options_group():
         (["--grid", "abc"], ["--grid", "not a number"]),
         (["--grid-x", "0"], ["--grid-x", "greater than zero"]),
         (["--grid-y", "1e999"], ["--grid-y"]),
-        (["--type", "angle"], ["--type"]),
+        (["--type", "angle"], ["--type", "diameter, length or formboard"]),
+        (["--type", "3"], ["--type"]),
+        (["--type", "formboard", "--clearance", "-0.01"], ["--clearance", "'-0.01' is negative"]),
+        (["--type", "formboard", "--clearance=-1e-9"], ["--clearance", "is negative"]),
+        (["--type", "formboard", "--clearance", "nan"], ["--clearance", "'nan' is not a number"]),
+        (["--type", "formboard", "--clearance", "wide"], ["--clearance", "'wide' is not a number"]),
+        (["--type", "formboard", "--clearance", "0.01m"], ["--clearance", "not a number"]),
+        (["--type", "formboard", "--clearance", "inf"], ["--clearance", "not finite"]),
+        (["--clearance", "0.01"], ["--clearance applies to the board layout only"]),
+        (["--type", "length", "--clearance", "0.01"], ["--clearance applies to the board layout only"]),
         (["--mode", "paper"], ["--mode"]),
         (["--scale", "1:0"], ["--scale"]),
         (["--scale", "big"], ["--scale"]),
@@ -1244,6 +1436,7 @@ def options_group():
         code, out, _ = run(["--help"])
         check(code == 0, "--help exit %d" % code)
         for text in ("--grid", "--mode", "--scale", "metres", "--report", ".dxf", ".csv", "cut list", "Exit codes",
+                     "formboard", "--clearance",
                      "12 the layout lost segments", "--paper", "200 in", "whichever"):
             check(text in out, "--help lacks %r" % text)
         code, out, _ = run(["--version"])
@@ -1265,6 +1458,28 @@ def options_group():
             check(load_json(os.path.join(tmp, "d.json"))["document"] == "Dashboard harness", "--example")
 
     default_example()
+
+    @case("board clearance")
+    def board_clearance():
+        with tempfile.TemporaryDirectory() as tmp:
+            res = os.path.join(tmp, "c.json")
+            for extra, clearance in ((["--clearance", "0.04"], 0.04), (["--clearance", "0"], 0.0),
+                                     (["--grid", "0.05,0.03"], 0.05)):
+                code, out, err = run([doc_path, "-t", "formboard", "-o", res] + extra)
+                check(code == 0, "%s: exit %d: %r" % (extra, code, err))
+                doc = load_json(res)
+                given = clearance if extra[0] == "--clearance" else None
+                check(doc["options"]["clearance"] == given, "%s: options %r" % (extra, doc["options"]))
+                q = doc["quality"]
+                check(q["clearance"] == clearance, "%s: clearance %r" % (extra, q["clearance"]))
+                check(isinstance(q["crowded_points"], int), "%s: crowded %r" % (extra, q["crowded_points"]))
+                check("clearance %g m" % clearance in out, "%s: summary %r" % (extra, out))
+                check(q["largest_length_deviation"] < 1e-9 and q["overlapping_pieces"] == 0, "%s: %r" % (extra, q))
+                for pair in q["close_pairs"]:
+                    check(pair["distance"] < pair["required"] <= max(clearance, 0.0185) + 1e-12,
+                          "%s: close pair %r" % (extra, pair))
+
+    board_clearance()
 
     @case("full-size pdf")
     def full_size_pdf():

@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "LayoutType.h"
 #include "PaperSize.h"
 #include "UnitFormat.h"
 
@@ -105,6 +106,23 @@ bool CommandLine::parseSpacing(std::string const& text, double& value, std::stri
     return true;
 }
 
+bool CommandLine::parseClearance(std::string const& text, double& value, std::string& why)
+{
+    if (!parseNumber(text, value) || std::isnan(value)) {
+        why = "'" + text + "' is not a number";
+        return false;
+    }
+    if (value < 0.0) {
+        why = "'" + text + "' is negative";
+        return false;
+    }
+    if (!std::isfinite(value)) {
+        why = "'" + text + "' is not finite";
+        return false;
+    }
+    return true;
+}
+
 bool CommandLine::parseScale(std::string const& text, double& value)
 {
     if (lower(text) == "fit") {
@@ -155,9 +173,16 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
                    "Lay out the bundled example NAME instead of a document (see --list-examples)")
         ->type_name("NAME");
     app.add_flag("--list-examples", options.listExamples, "List the bundled examples and exit");
-    app.add_option("-t,--type", type, "Layout type: diameter (0) or length (1)")
+    app.add_option("-t,--type", type,
+                   "Layout type: diameter (0), length (1) or formboard (2: every segment one "
+                   "straight line at its true length)")
         ->type_name("TYPE")
         ->capture_default_str();
+    std::string clearance;
+    app.add_option("--clearance", clearance,
+                   "Board layout only: least distance between segments that do not meet, in model "
+                   "units (default: the larger grid spacing)")
+        ->type_name("DISTANCE");
     app.add_option("-g,--grid", grid, "Grid spacing X[,Y] in model units (default 0.02 m)")
         ->type_name("X[,Y]");
     app.add_option("--grid-x", gridX, "Horizontal grid spacing in model units")->type_name("X");
@@ -214,13 +239,8 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
         return 2;
     };
 
-    std::string const t = lower(type);
-    if (t == "diameter" || t == "0")
-        options.layoutType = 0;
-    else if (t == "length" || t == "1")
-        options.layoutType = 1;
-    else
-        return fail("--type: '" + type + "' is not a layout type (diameter or length)");
+    if (!LayoutType::parse(type, options.layoutType))
+        return fail("--type: '" + type + "' is not a layout type (diameter, length or formboard)");
 
     std::string const m = lower(mode);
     if (m == "host")
@@ -255,6 +275,17 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
         if (grid.empty() && app.count("--grid-x") == 0)
             options.gridX = options.gridY;
         options.gridGiven = true;
+    }
+
+    if (app.count("--clearance") > 0) {
+        // The grid layouts keep no clearance of their own: a value for them would be silently
+        // ignored, so it is refused.
+        if (options.layoutType != LayoutType::kBoard)
+            return fail("--clearance applies to the board layout only (--type formboard)");
+        if (!parseClearance(clearance, options.clearance, why))
+            return fail("--clearance: bad clearance: " + why +
+                        " (give a finite distance of 0 or more in model units)");
+        options.clearanceGiven = true;
     }
 
     options.unitsGiven = app.count("--units") > 0;

@@ -23,6 +23,8 @@ public:
 private:
     // A grid spacing: a finite number greater than zero, else a message in why.
     static bool parseSpacing(std::string const& text, double& value, std::string& why);
+    // A board clearance: a finite number of 0 or more, else a message in why.
+    static bool parseClearance(std::string const& text, double& value, std::string& why);
     // "1:1", "1:20", "2:1" or "fit" (0).
     static bool parseScale(std::string const& text, double& value);
 };

@@ -4,6 +4,7 @@
 #include "DroppedSegments.h"
 #include "Geometry2D.h"
 #include "LabelPlacer.h"
+#include "LayoutType.h"
 #include "UnitFormat.h"
 
 #include <cairo-pdf.h>
@@ -670,11 +671,13 @@ void Painter::drawHeader(DrawingCanvas& cr)
     text(kMarginX, 28, 15, true, title);
 
     std::ostringstream line;
-    line << (result_.layoutType == 1 ? "Layout by length" : "Layout by diameter") << "  \u00b7  "
+    line << LayoutType::title(result_.layoutType) << "  \u00b7  "
          << (result_.mode == "arrays" ? "output arrays" : "drawn into the host sketch")
          << "  \u00b7  grid " << UnitFormat::length(result_.gridX, result_.units) << " \u00d7 "
-         << UnitFormat::length(result_.gridY, result_.units) << "  \u00b7  model units: "
-         << result_.units;
+         << UnitFormat::length(result_.gridY, result_.units);
+    if (result_.layoutType == LayoutType::kBoard)
+        line << "  \u00b7  clearance " << UnitFormat::length(result_.clearance, result_.units);
+    line << "  \u00b7  model units: " << result_.units;
     if (result_.mode != "arrays")
         line << "  \u00b7  fillets " << (result_.fillets ? "on" : "off") << ", relations "
              << (result_.relations ? "on" : "off");
@@ -730,7 +733,7 @@ std::string Painter::statusLine(bool& banner) const
         Extent const e = extent_;
         status << "OK  \u00b7  " << result_.segments.size() << " segments  \u00b7  "
                << report_.crossingPairs() << " crossing pairs  \u00b7  "
-               << report_.overlaps().size() << " overlapping pieces  \u00b7  extent "
+               << report_.overlaps().count() << " overlapping pieces  \u00b7  extent "
                << UnitFormat::length(e.width(), result_.units) << " \u00d7 "
                << UnitFormat::length(e.height(), result_.units);
         if (cleaned > 0)

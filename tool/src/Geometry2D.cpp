@@ -77,6 +77,32 @@ double Geometry2D::collinearOverlap(Point2 const& a, Point2 const& b, Point2 con
     return shared > kTolerance ? shared : 0.0;
 }
 
+double Geometry2D::pointToLine(Point2 const& p, Point2 const& a, Point2 const& b)
+{
+    double const dx = b.x - a.x;
+    double const dy = b.y - a.y;
+    double const lengthSquared = dx * dx + dy * dy;
+    if (!(lengthSquared > 0.0))
+        return distance(p, a);
+    double const t = std::clamp(((p.x - a.x) * dx + (p.y - a.y) * dy) / lengthSquared, 0.0, 1.0);
+    return distance(p, {a.x + t * dx, a.y + t * dy});
+}
+
+double Geometry2D::lineDistance(Point2 const& a, Point2 const& b, Point2 const& c, Point2 const& d)
+{
+    // Lines whose ends lie strictly on opposite sides of each other cross; otherwise the least
+    // distance is reached at one of the four ends (also when they touch or are collinear).
+    double const c1 = cross(a, b, c);
+    double const c2 = cross(a, b, d);
+    double const c3 = cross(c, d, a);
+    double const c4 = cross(c, d, b);
+    if (((c1 > 0.0 && c2 < 0.0) || (c1 < 0.0 && c2 > 0.0)) &&
+        ((c3 > 0.0 && c4 < 0.0) || (c3 < 0.0 && c4 > 0.0)))
+        return 0.0;
+    return std::min(std::min(pointToLine(a, c, d), pointToLine(b, c, d)),
+                    std::min(pointToLine(c, a, b), pointToLine(d, a, b)));
+}
+
 Extent Geometry2D::extentOf(LayoutResult const& result, bool laidOut)
 {
     Extent e;

@@ -34,6 +34,10 @@ public:
     // Length of the stretch shared by a-b and c-d when they are collinear, else 0.
     static double collinearOverlap(Point2 const& a, Point2 const& b, Point2 const& c,
                                    Point2 const& d);
+    // Least distance from p to the closed segment a-b.
+    static double pointToLine(Point2 const& p, Point2 const& a, Point2 const& b);
+    // Least distance between the closed segments a-b and c-d: 0 when they cross or touch.
+    static double lineDistance(Point2 const& a, Point2 const& b, Point2 const& c, Point2 const& d);
     static Extent extentOf(LayoutResult const& result, bool laidOut);
 };
 

@@ -95,13 +95,20 @@ struct LayoutResult {
     std::string units = "m";
     double metresPerUnit = 1.0;
     std::string unitsSource = "default";  // "option" (--units), "document" (its units) or "default"
-    int layoutType = 0;
+    int layoutType = 0;                   // LayoutType: 0 by diameter, 1 by length, 2 board
     std::string mode = "host";
     double gridX = 0.02;
     double gridY = 0.02;
     bool relations = true;
     bool fillets = true;
     std::string feature;
+    bool clearanceGiven = false;          // --clearance given (board layout only)
+    // The clearance the quality report measures against: the board layout's own (as given, or
+    // its default) once it has run, else --clearance or the larger grid spacing.
+    double clearance = 0.02;
+    // Board layout: branch points where it could not keep every clearance; -1 for the grid
+    // layouts and for a board run that did not get to the layout.
+    long crowdedPoints = -1;
 
     long status = 0;
     std::string statusText;               // "ok", or what went wrong

@@ -4,13 +4,16 @@
 #include "DroppedSegments.h"
 #include "FilletGeometry.h"
 #include "Geometry2D.h"
+#include "LayoutType.h"
 
 #include <JsonHostDocument.h>
 #include <krlayout/api/KrAutoLayout.h>
+#include <krlayout/api/KrFormboardLayoutRun.h>
 #include <krlayout/api/KrUtf8Codec.h>
 #include <krlayout/host/IHostApplication.h>
 #include <krlayout/host/IHostSketch.h>
 #include <krlayout/host/KrHostInterfaceId.h>
+#include <krlayout/sketch/IRoutingSketch.h>
 
 #include <algorithm>
 #include <cmath>
@@ -76,6 +79,14 @@ int axisCode(Point2 const& a, Point2 const& b)
 
 }  // namespace
 
+struct LayoutSession::RunOutput {
+    std::vector<long> ids;
+    std::map<long, std::vector<std::pair<long, long>>> lineIds;
+    std::map<long, std::vector<std::pair<long, long>>> pointIds;
+    std::vector<double> points;
+    std::vector<int> constraints;
+};
+
 LayoutSession::LayoutSession(std::string const& path)
     : path_(path), document_(JsonHostDocument::LoadFile(path))
 {
@@ -124,6 +135,8 @@ double LayoutSession::latticeNodeEstimate(ToolOptions const& options) const
 
 std::string LayoutSession::sizeProblem(ToolOptions const& options) const
 {
+    if (options.layoutType == LayoutType::kBoard)
+        return std::string();
     double const limit = static_cast<double>(kMaxLatticeNodes);
     double const nodes = latticeNodeEstimate(options);
     // Written so that a NaN estimate is refused too.
@@ -199,6 +212,8 @@ Extent LayoutSession::inputExtent() const
 
 std::string LayoutSession::gridProblem(ToolOptions const& options) const
 {
+    if (options.layoutType == LayoutType::kBoard)
+        return std::string();
     Extent const extent = inputExtent();
     if (extent.empty)
         return std::string();
@@ -295,6 +310,82 @@ void LayoutSession::readInput(LayoutResult& result) const
     }
 }
 
+long LayoutSession::runFacade(ToolOptions const& options, RunOutput& output)
+{
+    KrAutoLayout layout;
+    layout.setRouteGridSpacing(options.gridX, options.gridY);
+    layout.setComponentMap(document_->componentMap());
+    IHostApplication* host = document_->application();
+    // The library adopts the reference it is handed and releases it when it is done.
+    if (host != nullptr)
+        host->AddRef();
+    void* resultSketch = nullptr;
+    long status = 0;
+    if (options.hasFeature) {
+        std::wstring feature = KrUtf8Codec::Decode(options.feature);
+        std::wstring runText;
+        status = layout.StartAutoLayout2(host, options.layoutType, options.fillets,
+                                         options.relations, feature, &resultSketch,
+                                         !options.arrays, runText);
+    } else {
+        std::wstring ignored;
+        status = layout.StartAutoLayout(host, options.layoutType, options.fillets,
+                                        options.relations, &resultSketch, !options.arrays,
+                                        ignored);
+    }
+    // The host sketch comes back with one reference for the caller.
+    if (resultSketch != nullptr)
+        static_cast<IHostSketch*>(resultSketch)->Release();
+
+    if (status == 0) {
+        layout.getRouteSegmentIDs(output.ids);
+        for (long id : output.ids) {
+            layout.GetSketchLineIdByRouteSegmentId(id, output.lineIds[id]);
+            layout.GetSketchPointIdByRouteSegmentId(id, output.pointIds[id]);
+        }
+        layout.getOutputPoints(output.points);
+        layout.getOutputConstraints(output.constraints);
+    }
+    return status;
+}
+
+long LayoutSession::runBoard(ToolOptions const& options, RunOutput& output, LayoutResult& result)
+{
+    // The same steps as the facade's, on a run whose layout stage is the board drawing.
+    KrFormboardLayoutRun run;
+    // The document lends its pointer; the run takes a reference of its own and drops it when it
+    // is destroyed, so the tool neither adds nor releases one here.
+    IHostApplication* host = document_->application();
+    run.AttachHost(host);
+    if (options.hasFeature)
+        run.SelectFeature(KrUtf8Codec::Decode(options.feature));
+    run.SetApplyToHost(!options.arrays);
+    run.SetComponentMap(document_->componentMap());
+    if (options.clearanceGiven)
+        run.SetClearance(options.clearance);
+    void* resultSketch = nullptr;
+    // The layout type is not used by this run.
+    long const status = run.Run(options.gridX, options.gridY, 0, options.fillets,
+                                options.relations, &resultSketch);
+    // The host sketch comes back with one reference for the caller.
+    if (resultSketch != nullptr)
+        static_cast<IHostSketch*>(resultSketch)->Release();
+
+    IRoutingSketch* const sketch = run.GetSketch();
+    if (status == 0 && sketch != nullptr) {
+        sketch->GetAllRouteSegment(output.ids);
+        for (long id : output.ids) {
+            sketch->GetCADLineIdByRouteId(id, output.lineIds[id]);
+            sketch->GetSketchPointIdByRouteSegmentId(id, output.pointIds[id]);
+        }
+        output.points = run.GetOutputPoints();
+        output.constraints = run.GetOutputConstraints();
+        result.crowdedPoints = run.GetCrowdedPointCount();
+        result.clearance = run.GetUsedClearance();
+    }
+    return status;
+}
+
 LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& units,
                                 double metresPerUnit)
 {
@@ -309,49 +400,17 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
     result.relations = options.relations;
     result.fillets = options.fillets;
     result.feature = options.hasFeature ? options.feature : std::string();
+    result.clearanceGiven = options.clearanceGiven;
+    result.clearance =
+        options.clearanceGiven ? options.clearance : std::max(options.gridX, options.gridY);
     readInput(result);
     result.componentTexts = componentTexts();
 
-    std::vector<long> ids;
-    std::map<long, std::vector<std::pair<long, long>>> lineIds;
-    std::map<long, std::vector<std::pair<long, long>>> pointIds;
-    std::vector<double> points;
-    std::vector<int> constraints;
-    {
-        KrAutoLayout layout;
-        layout.setRouteGridSpacing(options.gridX, options.gridY);
-        layout.setComponentMap(document_->componentMap());
-        IHostApplication* host = document_->application();
-        // The library adopts the reference it is handed and releases it when it is done.
-        if (host != nullptr)
-            host->AddRef();
-        void* resultSketch = nullptr;
-        if (options.hasFeature) {
-            std::wstring feature = KrUtf8Codec::Decode(options.feature);
-            std::wstring runText;
-            result.status = layout.StartAutoLayout2(host, options.layoutType, options.fillets,
-                                                    options.relations, feature, &resultSketch,
-                                                    !options.arrays, runText);
-        } else {
-            std::wstring ignored;
-            result.status = layout.StartAutoLayout(host, options.layoutType, options.fillets,
-                                                   options.relations, &resultSketch,
-                                                   !options.arrays, ignored);
-        }
-        // The host sketch comes back with one reference for the caller.
-        if (resultSketch != nullptr)
-            static_cast<IHostSketch*>(resultSketch)->Release();
-
-        if (result.status == 0) {
-            layout.getRouteSegmentIDs(ids);
-            for (long id : ids) {
-                layout.GetSketchLineIdByRouteSegmentId(id, lineIds[id]);
-                layout.GetSketchPointIdByRouteSegmentId(id, pointIds[id]);
-            }
-            layout.getOutputPoints(points);
-            layout.getOutputConstraints(constraints);
-        }
-    }
+    RunOutput output;
+    if (options.layoutType == LayoutType::kBoard)
+        result.status = runBoard(options, output, result);
+    else
+        result.status = runFacade(options, output);
 
     JsonHostRecorder const& rec = document_->results();
     result.statusText = statusText(result.status);
@@ -377,91 +436,8 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
     if (result.checkMessage.empty() && result.status == 8)
         result.checkMessage = KrUtf8Codec::Encode(KrAutoLayout::disjoinMessage);
 
-    if (result.status == 0) {
-        // The laid-out segments in the library's order, with the input's length and diameter.
-        std::map<long, ResultSegment> input;
-        for (ResultSegment& s : result.segments)
-            input.emplace(s.id, std::move(s));
-        result.segments.clear();
-        std::map<std::pair<long, long>, JsonHostRecorder::Line const*> drawn;
-        for (JsonHostRecorder::Line const& l : rec.lines())
-            drawn.emplace(l.id, &l);
-        for (long id : ids) {
-            ResultSegment seg;
-            auto in = input.find(id);
-            if (in != input.end()) {
-                seg = std::move(in->second);
-                input.erase(in);
-            } else {
-                seg.id = id;
-            }
-            seg.pointIds = pointIds[id];
-            for (auto const& lid : lineIds[id]) {
-                ResultLine line;
-                line.lineId = lid;
-                if (options.arrays) {
-                    // Array runs number their lines from 0: the index into both output arrays.
-                    if (lid.first < 0 || static_cast<size_t>(lid.first) * 6 + 5 >= points.size())
-                        continue;
-                    size_t const k = static_cast<size_t>(lid.first);
-                    line.start = {points[6 * k], points[6 * k + 1]};
-                    line.end = {points[6 * k + 3], points[6 * k + 4]};
-                    line.axis = k < constraints.size() ? constraints[k] : axisCode(line.start, line.end);
-                } else {
-                    auto d = drawn.find(lid);
-                    if (d == drawn.end())
-                        continue;
-                    line.start = flat(d->second->start);
-                    line.end = flat(d->second->end);
-                    line.axis = axisCode(line.start, line.end);
-                }
-                line.drawnStart = line.start;
-                line.drawnEnd = line.end;
-                seg.lines.push_back(line);
-            }
-            result.segments.push_back(std::move(seg));
-        }
-        // What is left of the input is missing from the result; the kept segments still carry
-        // their input lines, which tell the multi-pin clean-up's removals from the others.
-        for (auto& [id, s] : input) {
-            result.removedIds.push_back(id);
-            result.missing.push_back(std::move(s));
-        }
-        result.dropped = DroppedSegments::classify(result.missing, result.segments,
-                                                   result.componentTexts);
-
-        // Relations by line, and fillets by the joint of two consecutive lines.
-        std::map<std::pair<long, long>, std::pair<size_t, size_t>> where;
-        for (size_t si = 0; si < result.segments.size(); ++si) {
-            for (size_t li = 0; li < result.segments[si].lines.size(); ++li)
-                where[result.segments[si].lines[li].lineId] = {si, li};
-        }
-        if (!options.arrays) {
-            for (JsonHostRecorder::Relation const& r : rec.relations()) {
-                for (JsonHostRecorder::Target const& t : r.entities) {
-                    if (t.kind != "line")
-                        continue;
-                    auto w = where.find(t.id);
-                    if (w != where.end())
-                        result.segments[w->second.first].lines[w->second.second].relations.push_back(
-                            KrUtf8Codec::Encode(r.name));
-                }
-            }
-            std::map<size_t, std::vector<std::pair<int, double>>> joints;
-            for (JsonHostRecorder::Fillet const& f : rec.fillets()) {
-                auto w = where.find(f.secondLine);
-                if (w == where.end() || w->second.second == 0)
-                    continue;
-                ResultSegment const& seg = result.segments[w->second.first];
-                if (seg.lines[w->second.second - 1].lineId != f.firstLine)
-                    continue;
-                joints[w->second.first].push_back({static_cast<int>(w->second.second), f.radius});
-            }
-            for (auto& [si, list] : joints)
-                FilletGeometry::apply(result.segments[si], list);
-        }
-        result.laidOut = true;
-    }
+    if (result.status == 0)
+        readLayout(options, output, result);
 
     ConnectorPlacer::place(result, result.componentTexts);
 
@@ -477,6 +453,98 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
         {"references_left", static_cast<long>(document_->clientReferences())},
     };
     return result;
+}
+
+void LayoutSession::readLayout(ToolOptions const& options, RunOutput& output,
+                               LayoutResult& result) const
+{
+    JsonHostRecorder const& rec = document_->results();
+    std::vector<double> const& points = output.points;
+    std::vector<int> const& constraints = output.constraints;
+
+    // The laid-out segments in the library's order, with the input's length and diameter.
+    std::map<long, ResultSegment> input;
+    for (ResultSegment& s : result.segments)
+        input.emplace(s.id, std::move(s));
+    result.segments.clear();
+    std::map<std::pair<long, long>, JsonHostRecorder::Line const*> drawn;
+    for (JsonHostRecorder::Line const& l : rec.lines())
+        drawn.emplace(l.id, &l);
+    for (long id : output.ids) {
+        ResultSegment seg;
+        auto in = input.find(id);
+        if (in != input.end()) {
+            seg = std::move(in->second);
+            input.erase(in);
+        } else {
+            seg.id = id;
+        }
+        seg.pointIds = output.pointIds[id];
+        for (auto const& lid : output.lineIds[id]) {
+            ResultLine line;
+            line.lineId = lid;
+            if (options.arrays) {
+                // Array runs number their lines from 0: the index into both output arrays.
+                if (lid.first < 0 || static_cast<size_t>(lid.first) * 6 + 5 >= points.size())
+                    continue;
+                size_t const k = static_cast<size_t>(lid.first);
+                line.start = {points[6 * k], points[6 * k + 1]};
+                line.end = {points[6 * k + 3], points[6 * k + 4]};
+                line.axis = k < constraints.size() ? constraints[k] : axisCode(line.start, line.end);
+            } else {
+                auto d = drawn.find(lid);
+                if (d == drawn.end())
+                    continue;
+                line.start = flat(d->second->start);
+                line.end = flat(d->second->end);
+                line.axis = axisCode(line.start, line.end);
+            }
+            line.drawnStart = line.start;
+            line.drawnEnd = line.end;
+            seg.lines.push_back(line);
+        }
+        result.segments.push_back(std::move(seg));
+    }
+    // What is left of the input is missing from the result; the kept segments still carry
+    // their input lines, which tell the multi-pin clean-up's removals from the others.
+    for (auto& [id, s] : input) {
+        result.removedIds.push_back(id);
+        result.missing.push_back(std::move(s));
+    }
+    result.dropped = DroppedSegments::classify(result.missing, result.segments,
+                                               result.componentTexts);
+
+    // Relations by line, and fillets by the joint of two consecutive lines.
+    std::map<std::pair<long, long>, std::pair<size_t, size_t>> where;
+    for (size_t si = 0; si < result.segments.size(); ++si) {
+        for (size_t li = 0; li < result.segments[si].lines.size(); ++li)
+            where[result.segments[si].lines[li].lineId] = {si, li};
+    }
+    if (!options.arrays) {
+        for (JsonHostRecorder::Relation const& r : rec.relations()) {
+            for (JsonHostRecorder::Target const& t : r.entities) {
+                if (t.kind != "line")
+                    continue;
+                auto w = where.find(t.id);
+                if (w != where.end())
+                    result.segments[w->second.first].lines[w->second.second].relations.push_back(
+                        KrUtf8Codec::Encode(r.name));
+            }
+        }
+        std::map<size_t, std::vector<std::pair<int, double>>> joints;
+        for (JsonHostRecorder::Fillet const& f : rec.fillets()) {
+            auto w = where.find(f.secondLine);
+            if (w == where.end() || w->second.second == 0)
+                continue;
+            ResultSegment const& seg = result.segments[w->second.first];
+            if (seg.lines[w->second.second - 1].lineId != f.firstLine)
+                continue;
+            joints[w->second.first].push_back({static_cast<int>(w->second.second), f.radius});
+        }
+        for (auto& [si, list] : joints)
+            FilletGeometry::apply(result.segments[si], list);
+    }
+    result.laidOut = true;
 }
 
 }  // namespace krtool

@@ -1,6 +1,7 @@
 // One run of the library on a route document: loads the document into the in-process host, runs
-// KrAutoLayout on it and gathers what came back (from the facade and from the host's record)
-// into a LayoutResult.
+// the layout on it (the grid layouts through the KrAutoLayout facade, the board layout through a
+// KrFormboardLayoutRun driven the way the facade drives its run) and gathers what came back (from
+// the facade or the run, and from the host's record) into a LayoutResult.
 #pragma once
 
 #include "Geometry2D.h"
@@ -38,7 +39,7 @@ public:
     // (length / finer spacing + 1). May be infinite or NaN for absurd documents or grids.
     double latticeNodeEstimate(ToolOptions const& options) const;
     // Why the document cannot be laid out on this grid within the memory budget; empty when it
-    // can.
+    // can, and always for the board layout, which creates no lattice nodes.
     std::string sizeProblem(ToolOptions const& options) const;
 
     // A grid spacing must not exceed the whole extent of the route: the longer side of the
@@ -49,7 +50,8 @@ public:
     // of 1e300, 33 with --grid-x 1e308 --grid-y 1e-3). A spacing equal to the extent still runs;
     // the bundled examples span 0.78 m and more against their default grid of 0.02 m.
     // Why the grid cannot hold the document; empty when it can, or when the sketch has no
-    // extent to measure against (a single point or no entities).
+    // extent to measure against (a single point or no entities). The board layout does not lay
+    // its segments out in grid steps: empty for it too.
     std::string gridProblem(ToolOptions const& options) const;
 
     // The document's "units" ("m" when it gives none) and whether it gives them.
@@ -70,8 +72,20 @@ public:
     static std::string statusText(long status);
 
 private:
+    // What a finished run hands back besides its status: the segment ids in the library's order,
+    // each segment's line and point ids, and the output arrays.
+    struct RunOutput;
+
     Extent inputExtent() const;
     void readInput(LayoutResult& result) const;
+    // The grid layouts through the facade; the run's status.
+    long runFacade(ToolOptions const& options, RunOutput& output);
+    // The board layout through its own run; the run's status. Sets the result's clearance and
+    // crowded points once the layout has run.
+    long runBoard(ToolOptions const& options, RunOutput& output, LayoutResult& result);
+    // Builds the result's segments, missing segments, relations and fillets from a successful
+    // run's output and the host's record.
+    void readLayout(ToolOptions const& options, RunOutput& output, LayoutResult& result) const;
 
     std::string path_;
     std::unique_ptr<JsonHostDocument> document_;

@@ -1,43 +1,69 @@
 #include "QualityReport.h"
 
+#include "ClearanceCheck.h"
+#include "LayoutType.h"
+#include "LineGrid.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
+#include <limits>
 #include <sstream>
 #include <ostream>
-#include <set>
 #include <utility>
 
 namespace krtool {
 
 namespace {
 
-struct FlatLine {
-    size_t segment;
-    Point2 a;
-    Point2 b;
-    double minX, minY, maxX, maxY;
+bool finite(Point2 const& p)
+{
+    return std::isfinite(p.x) && std::isfinite(p.y);
+}
+
+// A crossing or an overlap of line p (of the segment at hand) with line q of a later segment.
+struct Meeting {
+    size_t p;
+    size_t q;
+    bool crossing;
+    Point2 at;           // crossing point
+    double shared = 0.0; // overlap length
 };
 
 }  // namespace
 
-QualityReport QualityReport::measure(LayoutResult const& result)
+QualityReport QualityReport::measure(LayoutResult const& result, size_t listed)
 {
     QualityReport r;
+    r.crossings_ = CappedList<Crossing>(listed);
+    r.overlaps_ = CappedList<Overlap>(listed);
+    r.closePairs_ = CappedList<ClosePair>(listed);
     r.laidOut_ = result.laidOut;
     r.segments_ = result.segments.size();
     r.extent_ = Geometry2D::extentOf(result, result.laidOut);
 
-    std::vector<FlatLine> flat;
+    r.clearance_ = result.clearance;
+    r.board_ = result.layoutType == LayoutType::kBoard;
+    r.crowdedPoints_ = result.crowdedPoints;
+
+    std::vector<LineGrid::Line> flat;
+    std::vector<ClearanceCheck::Segment> spaced(result.segments.size());
     for (size_t si = 0; si < result.segments.size(); ++si) {
         ResultSegment const& s = result.segments[si];
         SegmentLength row;
         row.id = s.id;
         row.trueLength = s.length;
+        ClearanceCheck::Segment& c = spaced[si];
+        c.length = s.length;
+        c.diameter = s.diameter;
+        c.sketch = s.inputLines;
         auto addLine = [&](Point2 const& a, Point2 const& b) {
-            flat.push_back({si, a, b, std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x),
-                            std::max(a.y, b.y)});
+            ++r.lines_;
+            // A line with a coordinate that is not a number crosses nothing.
+            if (finite(a) && finite(b))
+                flat.push_back({si, a, b});
             row.drawnLength += Geometry2D::distance(a, b);
+            c.lines.push_back({a, b});
         };
         if (result.laidOut) {
             for (ResultLine const& l : s.lines)
@@ -46,46 +72,69 @@ QualityReport QualityReport::measure(LayoutResult const& result)
             for (auto const& l : s.inputLines)
                 addLine(l.first, l.second);
         }
+        if (s.length > 0.0) {
+            double const deviation = std::fabs(row.drawnLength - s.length) / s.length;
+            if (deviation > r.largestDeviation_) {
+                r.largestDeviation_ = deviation;
+                r.largestDeviationId_ = s.id;
+            }
+        }
         r.lengths_.push_back(row);
     }
-    r.lines_ = flat.size();
 
-    // Sweep over x so that only lines whose boxes overlap are compared.
-    std::vector<size_t> order(flat.size());
-    for (size_t i = 0; i < order.size(); ++i)
-        order[i] = i;
-    std::sort(order.begin(), order.end(),
-              [&](size_t p, size_t q) { return flat[p].minX < flat[q].minX; });
-    double const tol = Geometry2D::kTolerance;
-    for (size_t oi = 0; oi < order.size(); ++oi) {
-        FlatLine const& p = flat[order[oi]];
-        for (size_t oj = oi + 1; oj < order.size(); ++oj) {
-            FlatLine const& q = flat[order[oj]];
-            if (q.minX > p.maxX + tol)
-                break;
-            if (p.segment == q.segment || q.minY > p.maxY + tol || q.maxY < p.minY - tol)
-                continue;
-            long const ida = result.segments[std::min(p.segment, q.segment)].id;
-            long const idb = result.segments[std::max(p.segment, q.segment)].id;
-            Point2 at;
-            if (Geometry2D::properCrossing(p.a, p.b, q.a, q.b, at)) {
-                r.crossings_.push_back({ida, idb, at});
-                continue;
+    ClearanceCheck::find(spaced, r.clearance_, [&](ClearanceCheck::Violation const& v) {
+        r.closePairs_.add(
+            {result.segments[v.a].id, result.segments[v.b].id, v.distance, v.required});
+    });
+    spaced = {};
+
+    // Lines whose boxes come within the tolerance of each other, one segment at a time: its
+    // crossings and overlaps with later segments are gathered, then counted and listed in the
+    // order of the later segment and of the lines.
+    LineGrid const grid(std::move(flat), Geometry2D::kTolerance);
+    std::vector<Meeting> ofSegment;
+    auto count = [&]() {
+        std::sort(ofSegment.begin(), ofSegment.end(), [&](Meeting const& x, Meeting const& y) {
+            return grid.line(x.q).segment != grid.line(y.q).segment
+                       ? grid.line(x.q).segment < grid.line(y.q).segment
+                       : x.p != y.p ? x.p < y.p : x.q < y.q;
+        });
+        size_t lastCrossed = std::numeric_limits<size_t>::max();
+        for (Meeting const& m : ofSegment) {
+            size_t const a = grid.line(m.p).segment;
+            size_t const b = grid.line(m.q).segment;
+            long const ida = result.segments[a].id;
+            long const idb = result.segments[b].id;
+            if (m.crossing) {
+                r.crossings_.add({ida, idb, m.at});
+                if (b != lastCrossed)
+                    ++r.crossingPairs_;
+                lastCrossed = b;
+            } else {
+                r.overlaps_.add({ida, idb, m.shared});
+                r.overlapLength_ += m.shared;
             }
-            double const shared = Geometry2D::collinearOverlap(p.a, p.b, q.a, q.b);
-            if (shared > 0.0)
-                r.overlaps_.push_back({ida, idb, shared});
         }
+        ofSegment.clear();
+    };
+    for (size_t p = 0; p < grid.size(); ++p) {
+        if (p > 0 && grid.line(p).segment != grid.line(p - 1).segment)
+            count();
+        LineGrid::Line const& lp = grid.line(p);
+        grid.laterNeighbours(p, [&](size_t q) {
+            LineGrid::Line const& lq = grid.line(q);
+            Point2 at;
+            if (Geometry2D::properCrossing(lp.a, lp.b, lq.a, lq.b, at)) {
+                ofSegment.push_back({p, q, true, at, 0.0});
+                return;
+            }
+            double const shared = Geometry2D::collinearOverlap(lp.a, lp.b, lq.a, lq.b);
+            if (shared > 0.0)
+                ofSegment.push_back({p, q, false, Point2{}, shared});
+        });
     }
+    count();
     return r;
-}
-
-size_t QualityReport::crossingPairs() const
-{
-    std::set<std::pair<long, long>> pairs;
-    for (Crossing const& c : crossings_)
-        pairs.insert({c.segmentA, c.segmentB});
-    return pairs.size();
 }
 
 nlohmann::ordered_json QualityReport::toJson() const
@@ -95,20 +144,36 @@ nlohmann::ordered_json QualityReport::toJson() const
     j["measured"] = laidOut_ ? "layout" : "input sketch";
     j["segments"] = segments_;
     j["lines"] = lines_;
-    j["crossing_pairs"] = crossingPairs();
+    // Each list holds at most list_limit entries, the first found. Its count stands beside it
+    // (crossing_points, overlapping_pieces, clearance_violations), and <list>_truncated is true
+    // when the count is larger than the entries listed.
+    j["list_limit"] = crossings_.cap();
+    j["crossing_pairs"] = crossingPairs_;
+    j["crossing_points"] = crossings_.count();
     json crossings = json::array();
-    for (Crossing const& c : crossings_)
+    for (Crossing const& c : crossings_.kept())
         crossings.push_back({{"segments", {c.segmentA, c.segmentB}}, {"at", {c.at.x, c.at.y}}});
     j["crossings"] = crossings;
-    j["overlapping_pieces"] = overlaps_.size();
-    double overlapTotal = 0.0;
+    j["crossings_truncated"] = crossings_.truncated();
+    j["overlapping_pieces"] = overlaps_.count();
     json overlaps = json::array();
-    for (Overlap const& o : overlaps_) {
+    for (Overlap const& o : overlaps_.kept())
         overlaps.push_back({{"segments", {o.segmentA, o.segmentB}}, {"length", o.length}});
-        overlapTotal += o.length;
-    }
     j["overlaps"] = overlaps;
-    j["overlap_length"] = overlapTotal;
+    j["overlaps_truncated"] = overlaps_.truncated();
+    j["overlap_length"] = overlapLength_;
+    j["clearance"] = clearance_;
+    j["clearance_violations"] = closePairs_.count();
+    json close = json::array();
+    for (ClosePair const& c : closePairs_.kept()) {
+        close.push_back({{"segments", {c.segmentA, c.segmentB}},
+                         {"distance", c.distance},
+                         {"required", c.required}});
+    }
+    j["close_pairs"] = close;
+    j["close_pairs_truncated"] = closePairs_.truncated();
+    if (board_)
+        j["crowded_points"] = crowdedPoints_ >= 0 ? json(crowdedPoints_) : json();
     json lengths = json::array();
     double worst = 0.0;
     for (SegmentLength const& s : lengths_) {
@@ -122,6 +187,7 @@ nlohmann::ordered_json QualityReport::toJson() const
     }
     j["segment_lengths"] = lengths;
     j["largest_length_difference"] = worst;
+    j["largest_length_deviation"] = largestDeviation_;
     json ext;
     if (!extent_.empty) {
         ext = {{"min", {extent_.minX, extent_.minY}},
@@ -141,13 +207,20 @@ void QualityReport::print(std::ostream& out, std::string const& units) const
     out << "Quality report (" << (laidOut_ ? "layout" : "input sketch, not laid out") << ")\n";
     out << "  segments:            " << segments_ << "\n";
     out << "  lines:               " << lines_ << "\n";
-    out << "  crossing pairs:      " << crossingPairs() << " (" << crossings_.size()
+    out << "  crossing pairs:      " << crossingPairs_ << " (" << crossings_.count()
         << " crossing points)\n";
-    double overlapTotal = 0.0;
-    for (Overlap const& o : overlaps_)
-        overlapTotal += o.length;
-    out << "  overlapping pieces:  " << overlaps_.size() << " (total " << overlapTotal << ' '
+    out << "  overlapping pieces:  " << overlaps_.count() << " (total " << overlapLength_ << ' '
         << units << ")\n";
+    out << "  clearance:           " << clearance_ << ' ' << units << "; "
+        << closePairs_.count() << (closePairs_.count() == 1 ? " pair" : " pairs")
+        << " of segments closer than the rule allows\n";
+    if (board_) {
+        out << "  crowded points:      ";
+        if (crowdedPoints_ >= 0)
+            out << crowdedPoints_ << "\n";
+        else
+            out << "not laid out\n";
+    }
     if (extent_.empty) {
         out << "  extent:              empty\n";
     } else {
@@ -168,28 +241,44 @@ void QualityReport::print(std::ostream& out, std::string const& units) const
     if (worst > 0.0)
         out << " (segment " << worstId << ")";
     out << "\n";
-    auto listLimited = [&](char const* title, size_t count, auto const& item) {
+    {
+        // A relative figure: shown in significant digits, 1e-16 as well as 0.35.
+        std::ostringstream deviation;
+        deviation << std::setprecision(3) << largestDeviation_;
+        out << "  largest length deviation: " << deviation.str() << " of the true length";
+        if (largestDeviation_ > 0.0)
+            out << " (segment " << largestDeviationId_ << ")";
+        out << "\n";
+    }
+    // The first 20 of each list (the lists keep no more than their first entries in any case).
+    auto listLimited = [&](char const* title, auto const& list, auto const& item) {
+        size_t const count = list.count();
         if (count == 0)
             return;
         out << "  " << title << ":\n";
-        size_t const shown = std::min<size_t>(count, 20);
+        size_t const shown = std::min<size_t>(list.kept().size(), 20);
         for (size_t i = 0; i < shown; ++i)
-            out << "    " << item(i) << "\n";
+            out << "    " << item(list.kept()[i]) << "\n";
         if (count > shown)
             out << "    ... and " << (count - shown) << " more\n";
     };
-    listLimited("crossings", crossings_.size(), [&](size_t i) {
-        Crossing const& c = crossings_[i];
+    listLimited("crossings", crossings_, [&](Crossing const& c) {
         std::ostringstream s;
         s << std::fixed << std::setprecision(3) << "segments " << c.segmentA << " and "
           << c.segmentB << " at (" << c.at.x << ", " << c.at.y << ")";
         return s.str();
     });
-    listLimited("overlaps", overlaps_.size(), [&](size_t i) {
-        Overlap const& o = overlaps_[i];
+    listLimited("overlaps", overlaps_, [&](Overlap const& o) {
         std::ostringstream s;
         s << std::fixed << std::setprecision(3) << "segments " << o.segmentA << " and "
           << o.segmentB << ": " << o.length << ' ' << units;
+        return s.str();
+    });
+    listLimited("closer than the clearance rule allows", closePairs_, [&](ClosePair const& c) {
+        std::ostringstream s;
+        s << std::fixed << std::setprecision(4) << "segments " << c.segmentA << " and "
+          << c.segmentB << ": " << c.distance << ' ' << units << " apart, " << c.required << ' '
+          << units << " required";
         return s.str();
     });
     out << "  per segment (id: drawn / true length, " << units << "):\n";

@@ -2,6 +2,7 @@
 
 #include "DroppedSegments.h"
 #include "Geometry2D.h"
+#include "LayoutType.h"
 
 #include <algorithm>
 #include <cmath>
@@ -50,12 +51,15 @@ Json ResultDocument::build(LayoutResult const& result, QualityReport const& repo
 
     Json options;
     options["layout_type"] = result.layoutType;
-    options["layout_type_name"] = result.layoutType == 1 ? "length" : "diameter";
+    options["layout_type_name"] = LayoutType::name(result.layoutType);
     options["mode"] = result.mode;
     options["grid"] = Json::array({result.gridX, result.gridY});
     options["relations"] = result.relations;
     options["fillets"] = result.fillets;
     options["feature"] = result.feature.empty() ? Json() : Json(result.feature);
+    // As given with --clearance; null when the default applies (the quality report gives the
+    // clearance measured against either way).
+    options["clearance"] = result.clearanceGiven ? Json(result.clearance) : Json();
     j["options"] = options;
 
     j["status"] = result.status;

@@ -9,6 +9,7 @@
 #include "DxfWriter.h"
 #include "ExampleLocator.h"
 #include "InputWarnings.h"
+#include "LayoutType.h"
 #include "LayoutSession.h"
 #include "ResultDocument.h"
 #include "RunGuard.h"
@@ -234,11 +235,18 @@ void ToolApplication::printSummary(LayoutResult const& result, QualityReport con
     for (ResultSegment const& s : result.segments)
         lines += s.lines.size();
     out_ << source << ": laid out " << result.segments.size() << " segments (" << lines
-         << " lines) by " << (result.layoutType == 1 ? "length" : "diameter") << ", grid "
+         << " lines) " << LayoutType::phrase(result.layoutType) << ", grid "
          << UnitFormat::plain(result.gridX) << " x " << UnitFormat::plain(result.gridY) << ' '
-         << result.units << ", " << (result.mode == "arrays" ? "output arrays" : "host sketch")
-         << "; " << report.crossingPairs() << " crossing pairs, " << report.overlaps().size()
-         << " overlapping pieces\n";
+         << result.units;
+    if (result.layoutType == LayoutType::kBoard)
+        out_ << ", clearance " << UnitFormat::plain(result.clearance) << ' ' << result.units;
+    out_ << ", " << (result.mode == "arrays" ? "output arrays" : "host sketch") << "; "
+         << report.crossingPairs() << " crossing pairs, " << report.overlaps().count()
+         << " overlapping pieces, " << report.clearanceViolations().count()
+         << " pairs closer than the clearance";
+    if (result.layoutType == LayoutType::kBoard)
+        out_ << ", " << result.crowdedPoints << " crowded points";
+    out_ << "\n";
 }
 
 void ToolApplication::printDropped(LayoutResult const& result, std::string const& source,

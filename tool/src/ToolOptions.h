@@ -12,7 +12,7 @@ struct ToolOptions {
     bool listExamples = false;
     std::vector<std::string> outputs;
 
-    int layoutType = 0;                   // 0 by diameter, 1 by length
+    int layoutType = 0;                   // LayoutType: 0 by diameter, 1 by length, 2 board
     bool gridGiven = false;               // false: 0.02 m in the document's units
     double gridX = 0.02;
     double gridY = 0.02;
@@ -21,6 +21,10 @@ struct ToolOptions {
     bool fillets = true;
     bool hasFeature = false;
     std::string feature;
+    // Board layout only: the least distance kept between segments that do not meet, in model
+    // units; without --clearance the larger grid spacing.
+    bool clearanceGiven = false;
+    double clearance = 0.0;
 
     std::string units = "m";              // model units of the document
     double metresPerUnit = 1.0;
