@@ -9,6 +9,9 @@
 #include <JsonHostDocument.h>
 #include <krlayout/api/KrAutoLayout.h>
 #include <krlayout/api/KrFormboardLayoutRun.h>
+#include <krlayout/api/KrLayoutInput.h>
+#include <krlayout/api/KrLayoutResult.h>
+#include <krlayout/api/KrPlainLayoutRun.h>
 #include <krlayout/api/KrUtf8Codec.h>
 #include <krlayout/host/IHostApplication.h>
 #include <krlayout/host/IHostSketch.h>
@@ -349,6 +352,54 @@ long LayoutSession::runFacade(ToolOptions const& options, RunOutput& output)
     return status;
 }
 
+long LayoutSession::runPlain(ToolOptions const& options, RunOutput& output, LayoutResult& result)
+{
+    // Arrays need no host: the document's segments go to the plain-data run as they are, and its
+    // result numbers the lines from 0 in the order of the output arrays, as the array write-back
+    // does.
+    KrLayoutInput input = document_->layoutInput();
+    input.gridSpacingX = options.gridX;
+    input.gridSpacingY = options.gridY;
+    input.layoutType = options.layoutType;
+    if (options.clearanceGiven)
+        input.clearance = options.clearance;
+    KrPlainLayoutRun run;
+    KrLayoutResult plain;
+    long const status = run.Run(input, plain);
+    if (status == 0) {
+        long k = 0;
+        for (KrLayoutResult::Segment const& s : plain.segments) {
+            output.ids.push_back(s.id);
+            std::vector<std::pair<long, long>>& ids = output.lineIds[s.id];
+            output.pointIds[s.id];
+            for (std::size_t i = 0; i < s.lines.size(); ++i, ++k) {
+                ALLine const& l = s.lines[i];
+                output.points.insert(output.points.end(), {l.start.x, l.start.y, l.start.z,
+                                                           l.end.x, l.end.y, l.end.z});
+                output.constraints.push_back(s.axes[i]);
+                ids.emplace_back(k, k);
+            }
+        }
+        if (options.layoutType == LayoutType::kBoard) {
+            result.crowdedPoints = plain.crowdedPoints;
+            result.clearance = plain.usedClearance;
+        }
+    } else {
+        // A failed check names its segments in the result instead of through host callouts.
+        std::string const text = KrUtf8Codec::Encode(plain.message);
+        std::set<long> known;
+        for (long id : plain.failedIds) {
+            if (!known.insert(id).second)
+                continue;
+            result.messages.push_back({id, text});
+            result.failedIds.push_back(id);
+        }
+        if (!plain.failedIds.empty())
+            result.checkMessage = text;
+    }
+    return status;
+}
+
 long LayoutSession::runBoard(ToolOptions const& options, RunOutput& output, LayoutResult& result)
 {
     // The same steps as the facade's, on a run whose layout stage is the board drawing.
@@ -407,7 +458,9 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
     result.componentTexts = componentTexts();
 
     RunOutput output;
-    if (options.layoutType == LayoutType::kBoard)
+    if (options.arrays)
+        result.status = runPlain(options, output, result);
+    else if (options.layoutType == LayoutType::kBoard)
         result.status = runBoard(options, output, result);
     else
         result.status = runFacade(options, output);

@@ -80,6 +80,10 @@ private:
     void readInput(LayoutResult& result) const;
     // The grid layouts through the facade; the run's status.
     long runFacade(ToolOptions const& options, RunOutput& output);
+    // Arrays mode: the document's segments through the plain-data run, without the host; the
+    // run's status. Sets the board layout's clearance and crowded points as runBoard does, and
+    // the failed check's ids and message.
+    long runPlain(ToolOptions const& options, RunOutput& output, LayoutResult& result);
     // The board layout through its own run; the run's status. Sets the result's clearance and
     // crowded points once the layout has run.
     long runBoard(ToolOptions const& options, RunOutput& output, LayoutResult& result);
