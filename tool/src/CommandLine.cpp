@@ -5,6 +5,7 @@
 #include "UnitFormat.h"
 
 #include <CLI/CLI.hpp>
+#include <krlayout/api/KrLayoutTypeRegistry.h>
 #include <krlayout/krlayout_version.h>
 
 #include <algorithm>
@@ -240,7 +241,8 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
     };
 
     if (!LayoutType::parse(type, options.layoutType))
-        return fail("--type: '" + type + "' is not a layout type (diameter, length or formboard)");
+        return fail("--type: '" + type + "' is not a layout type (" +
+                    KrLayoutTypeRegistry::Choices() + ")");
 
     std::string const m = lower(mode);
     if (m == "host")

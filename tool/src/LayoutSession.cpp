@@ -19,6 +19,7 @@
 #include <krlayout/sketch/IRoutingSketch.h>
 
 #include <algorithm>
+#include <utility>
 #include <cmath>
 #include <cstdio>
 #include <set>
@@ -93,6 +94,18 @@ struct LayoutSession::RunOutput {
 LayoutSession::LayoutSession(std::string const& path)
     : path_(path), document_(JsonHostDocument::LoadFile(path))
 {
+}
+
+LayoutSession::LayoutSession(std::string source, std::unique_ptr<JsonHostDocument> document)
+    : path_(std::move(source)), document_(std::move(document))
+{
+}
+
+std::unique_ptr<LayoutSession> LayoutSession::fromText(std::string const& text,
+                                                       std::string const& source)
+{
+    return std::unique_ptr<LayoutSession>(
+        new LayoutSession(source, JsonHostDocument::LoadString(text, source)));
 }
 
 LayoutSession::~LayoutSession() = default;

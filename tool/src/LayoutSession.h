@@ -21,6 +21,10 @@ class LayoutSession {
 public:
     // Loads the document; throws JsonHostError saying what is wrong and where.
     explicit LayoutSession(std::string const& path);
+    // The same from a document held as text; `source` names it in messages. Throws
+    // JsonHostError as the constructor does.
+    static std::unique_ptr<LayoutSession> fromText(std::string const& text,
+                                                   std::string const& source);
     ~LayoutSession();
     LayoutSession(LayoutSession const&) = delete;
     LayoutSession& operator=(LayoutSession const&) = delete;
@@ -72,6 +76,8 @@ public:
     static std::string statusText(long status);
 
 private:
+    LayoutSession(std::string source, std::unique_ptr<JsonHostDocument> document);
+
     // What a finished run hands back besides its status: the segment ids in the library's order,
     // each segment's line and point ids, and the output arrays.
     struct RunOutput;

@@ -1,29 +1,17 @@
 #include "LayoutType.h"
 
-#include <algorithm>
-#include <cctype>
+#include <krlayout/api/KrLayoutTypeRegistry.h>
 
 namespace krtool {
 
 bool LayoutType::parse(std::string const& text, int& type)
 {
-    std::string t = text;
-    std::transform(t.begin(), t.end(), t.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (t == "diameter" || t == "0")
-        type = kByDiameter;
-    else if (t == "length" || t == "1")
-        type = kByLength;
-    else if (t == "formboard" || t == "2")
-        type = kBoard;
-    else
-        return false;
-    return true;
+    return KrLayoutTypeRegistry::Find(text, type);
 }
 
-char const* LayoutType::name(int type)
+std::string LayoutType::name(int type)
 {
-    return type == kBoard ? "formboard" : type == kByLength ? "length" : "diameter";
+    return KrLayoutTypeRegistry::Name(type);
 }
 
 char const* LayoutType::phrase(int type)
