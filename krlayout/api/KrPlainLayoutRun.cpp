@@ -122,19 +122,21 @@ int KrPlainLayoutRun::BuildCheckAndLayOut(IRoutingSketch* target, KrLayoutInput 
     if (status != 0) {
         return status;
     }
-    std::vector<long> loopIds;
-    status = check.CheckSketch(target, loopIds);
-    if (status != 0) {
-        result.failedIds = loopIds;
-        result.message = KrAutoLayout::loopMessage;
-        return status;
-    }
-    std::vector<long> disjointIds;
-    status = check.CheckDisjoint(target, disjointIds);
-    if (status != 0) {
-        result.failedIds = disjointIds;
-        result.message = KrAutoLayout::disjoinMessage;
-        return status;
+    // The loop check, then the disjoint check: the first that fails names its segments.
+    struct NamedCheck {
+        int (KrRoutingCheck::*run)(IRoutingSketch*, std::vector<long>&);
+        std::wstring const& message;
+    };
+    NamedCheck const checks[] = {{&KrRoutingCheck::CheckSketch, KrAutoLayout::loopMessage},
+                                 {&KrRoutingCheck::CheckDisjoint, KrAutoLayout::disjoinMessage}};
+    for (NamedCheck const& named : checks) {
+        std::vector<long> ids;
+        status = (check.*named.run)(target, ids);
+        if (status != 0) {
+            result.failedIds = ids;
+            result.message = named.message;
+            return status;
+        }
     }
     LayOut(target, input, result);
     return 0;
