@@ -467,10 +467,12 @@ def layout(route: Route, type: Union[str, int] = "diameter",
         raise TypeError("route: expected a krlayout.Route, got %s" % _type_name(route))
     if units is not None and not isinstance(units, str):
         raise TypeError("units: expected a str or None, got %s" % _type_name(units))
-    outcome = _core.layout(route._document, _type_text(type), _grid_text(grid),
-                           _number_text(grid_x, "grid_x"), _number_text(grid_y, "grid_y"),
-                           _number_text(clearance, "clearance"), units)
-    result = Result(outcome)
-    for warning in result.warnings:
-        warnings.warn("%s: %s" % (result.source, warning["message"]), LayoutWarning, stacklevel=2)
-    return result
+    outcome, problem, messages = _core.layout(
+        route._document, _type_text(type), _grid_text(grid), _number_text(grid_x, "grid_x"),
+        _number_text(grid_y, "grid_y"), _number_text(clearance, "clearance"), units)
+    # As the tool does: the warnings first, then the grid checks' verdict.
+    for message in messages:
+        warnings.warn("%s: %s" % (route.source, message), LayoutWarning, stacklevel=2)
+    if problem:
+        raise ValueError(problem)
+    return Result(outcome)

@@ -29,6 +29,7 @@
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace py = pybind11;
 
@@ -76,9 +77,9 @@ public:
             if (!std::filesystem::is_directory(path, error))
                 in.open(path, std::ios::binary);
             std::ostringstream read;
-            if (in)
+            if (in.is_open())
                 read << in.rdbuf();
-            if (!in || in.bad()) {
+            if (!in.is_open() || in.bad()) {
                 // Throws the message the tool prints for the same file.
                 LayoutSession const probe(path);
                 throw JsonHostError("cannot read " + path);
@@ -251,7 +252,10 @@ py::dict fields(Outcome const& outcome)
     return f;
 }
 
-std::shared_ptr<Outcome> layout(Document const& document, std::string const& type,
+// The layout and what came before it: the outcome (null when the document was refused), why the
+// document was refused (empty when it was not) and the warnings about the input, which the tool
+// prints before either.
+py::tuple layout(Document const& document, std::string const& type,
                                 std::optional<std::string> const& grid,
                                 std::optional<std::string> const& gridX,
                                 std::optional<std::string> const& gridY,
@@ -273,6 +277,7 @@ std::shared_ptr<Outcome> layout(Document const& document, std::string const& typ
         throw py::value_error(problem);
 
     std::shared_ptr<Outcome> outcome;
+    std::vector<std::string> warnings;
     {
         // Nothing below touches a Python object.
         py::gil_scoped_release release;
@@ -281,6 +286,8 @@ std::shared_ptr<Outcome> layout(Document const& document, std::string const& typ
             LayoutSession::fromText(document.text(), document.source());
         LayoutOptionChecks::DocumentCheck check = LayoutOptionChecks::document(*session, options);
         problem = check.problem;
+        for (krtool::RunWarning const& w : check.warnings)
+            warnings.push_back(w.message);
         if (problem.empty()) {
             LayoutResult result = session->run(options, options.units, options.metresPerUnit);
             result.unitsSource = check.unitsSource;
@@ -290,9 +297,7 @@ std::shared_ptr<Outcome> layout(Document const& document, std::string const& typ
                                                 document.source());
         }
     }
-    if (!problem.empty())
-        throw py::value_error(problem);
-    return outcome;
+    return py::make_tuple(outcome, problem, warnings);
 }
 
 }  // namespace
@@ -346,10 +351,12 @@ PYBIND11_MODULE(_core, m)
 
     m.def("layout", &layout, py::arg("document"), py::arg("type"), py::arg("grid"),
           py::arg("grid_x"), py::arg("grid_y"), py::arg("clearance"), py::arg("units"),
-          "Lays the document out in arrays mode. The options are given as the command line "
-          "spells them (text; None when not given) and checked as the command line checks "
-          "them; a value refused, or a grid that cannot hold the document, raises ValueError "
-          "with the tool's message. The GIL is released while the layout runs.");
+          "Lays the document out in arrays mode; returns (outcome, problem, warnings). The "
+          "options are given as the command line spells them (text; None when not given) and "
+          "checked as the command line checks them: a value refused raises ValueError with the "
+          "tool's message. A grid that cannot hold the document gives no outcome and the "
+          "tool's message as the problem; warnings are the messages about the input. The GIL "
+          "is released while the document is read, checked and laid out.");
     m.def(
         "_layouts_in_progress", []() { return layoutsInProgress.load(); },
         "How many layouts are running right now with the GIL released (for the tests).");
