@@ -118,15 +118,18 @@ class DroppedSegment:
 
 
 def _type_name(value: Any) -> str:
-    # layout() has a parameter named type, so the builtin is not at hand there.
+    """The name of a value's type, for messages (layout() has a parameter named type, which
+    hides the builtin there)."""
     return value.__class__.__name__
 
 
 def _is_number(value: Any) -> bool:
+    """Whether the value is a real number (NumPy's included), and not a bool."""
     return isinstance(value, numbers.Real) and not isinstance(value, bool)
 
 
 def _finite(value: Any, what: str) -> float:
+    """The value as a finite float; TypeError or ValueError naming `what` otherwise."""
     if not _is_number(value):
         raise TypeError("%s: expected a number, got %s" % (what, type(value).__name__))
     number = float(value)
@@ -136,6 +139,7 @@ def _finite(value: Any, what: str) -> float:
 
 
 def _identifier(value: Any, what: str) -> int:
+    """The value as a 32-bit integer id; TypeError or ValueError naming `what` otherwise."""
     if isinstance(value, bool):
         raise TypeError("%s: expected an integer id, got bool" % what)
     try:
@@ -148,6 +152,7 @@ def _identifier(value: Any, what: str) -> int:
 
 
 def _point(value: Any, what: str) -> list:
+    """A point (x, y) or (x, y, z) as [x, y, z], z 0 when not given."""
     try:
         coordinates = list(value)
     except TypeError:
@@ -162,12 +167,15 @@ def _point(value: Any, what: str) -> list:
 
 
 def _field(segment: Any, name: str) -> Any:
+    """A segment's field: a mapping's item or an object's attribute; _MISSING without one."""
     if isinstance(segment, Mapping):
         return segment.get(name, _MISSING)
     return getattr(segment, name, _MISSING)
 
 
 def _segment_entry(segment: Any, index: int) -> dict:
+    """A segment given in Python as the route document's segment: id, value (the diameter) and
+    a line entity per line."""
     what = "segments[%d]" % index
     ident = _field(segment, "id")
     if ident is _MISSING:
@@ -273,6 +281,7 @@ class Route:
 
     @classmethod
     def _of(cls, document: Any) -> "Route":
+        """The route of a document the extension module has loaded."""
         route = cls.__new__(cls)
         route._document = document
         route._name = None
@@ -329,8 +338,9 @@ def load(path: Union[str, "os.PathLike[str]"]) -> Route:
 
 
 def _number_text(value: Any, what: str) -> Optional[str]:
-    # The command line's spelling of a number, so that the tool's checks read it and name it as
-    # the tool would: 2 as "2", 0.5 as "0.5", nan as "nan". Text is taken as it is.
+    """The command line's spelling of a number, so that the tool's checks read it and name it
+    as the tool would: 2 as "2", 0.5 as "0.5", nan as "nan". Text is taken as it is, None stays
+    None (not given)."""
     if value is None or isinstance(value, str):
         return value
     if isinstance(value, bool) or not isinstance(value, numbers.Real):
@@ -341,6 +351,7 @@ def _number_text(value: Any, what: str) -> Optional[str]:
 
 
 def _grid_text(value: Any) -> Optional[str]:
+    """The grid as the command line's --grid spells it: "X" or "X,Y"."""
     if value is None or isinstance(value, str) or _is_number(value):
         return _number_text(value, "grid")
     try:
@@ -354,6 +365,7 @@ def _grid_text(value: Any) -> Optional[str]:
 
 
 def _type_text(value: Any) -> str:
+    """The layout type as the command line's --type spells it: a name, or a number."""
     if isinstance(value, str):
         return value
     if isinstance(value, bool) or not isinstance(value, numbers.Integral):
