@@ -73,9 +73,11 @@ if [[ "$(cache_value KRLAYOUT_BUILD_PYTHON)" == ON ]]; then
   done
   py_env=(PYTHONPATH="$site" PYTHONDONTWRITEBYTECODE=1)
   if [[ "$(cache_value KRLAYOUT_SANITIZE)" == ON ]]; then
-    # A sanitized module needs the AddressSanitizer runtime loaded first; the interpreter's own
-    # objects, kept to the end on purpose, are no leaks to report.
-    py_env+=(LD_PRELOAD="$("$cxx" -print-file-name=libasan.so)" ASAN_OPTIONS=detect_leaks=0)
+    # A sanitized module needs the AddressSanitizer runtime loaded first, and the C++ runtime
+    # with it (the sanitizer forwards C++ exceptions to it); the interpreter's own objects, kept
+    # to the end on purpose, are no leaks to report.
+    preload="$("$cxx" -print-file-name=libasan.so) $("$cxx" -print-file-name=libstdc++.so)"
+    py_env+=(LD_PRELOAD="$preload" ASAN_OPTIONS=detect_leaks=0)
   fi
   # Without LD_LIBRARY_PATH: the module must find the library through its own RPATH.
   env -u LD_LIBRARY_PATH "${py_env[@]}" "$python" - "$prefix" \
