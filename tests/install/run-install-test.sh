@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs a built krlayout into a temporary prefix, then builds and runs the consumer program
-# against that prefix twice: through the CMake package and through pkg-config.
+# against that prefix twice: through the CMake package and through pkg-config. When the build has
+# the Python module, the installed package is imported from the prefix and lays out an example.
 #
 # usage: run-install-test.sh BUILD_DIR CONSUMER_SOURCE_DIR [CXX_FLAGS] [CXX_COMPILER]
 #   BUILD_DIR            a configured and built krlayout build tree
@@ -56,5 +57,48 @@ libdir="$(pkg-config --variable=libdir krlayout)"
 read -r -a flags <<<"$cxx_flags"
 "$cxx" "${flags[@]}" "${pc_cflags[@]}" "$src_dir/consumer.cpp" -o "$work/consumer-pc" "${pc_libs[@]}"
 LD_LIBRARY_PATH="$libdir${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}" "$work/consumer-pc"
+
+cache_value() {
+  sed -n "s/^$1:[A-Z]*=//p" "$build_dir/CMakeCache.txt" | head -n 1
+}
+if [[ "$(cache_value KRLAYOUT_BUILD_PYTHON)" == ON ]]; then
+  echo "-- Python package from the prefix"
+  python="$(cache_value Python3_EXECUTABLE)"
+  site="$prefix/lib/python3/dist-packages"
+  for file in __init__.py __init__.pyi py.typed; do
+    if [[ ! -f "$site/krlayout/$file" ]]; then
+      echo "krlayout/$file was not installed under $site" >&2
+      exit 1
+    fi
+  done
+  py_env=(PYTHONPATH="$site" PYTHONDONTWRITEBYTECODE=1)
+  if [[ "$(cache_value KRLAYOUT_SANITIZE)" == ON ]]; then
+    # A sanitized module needs the AddressSanitizer runtime loaded first, and the C++ runtime
+    # with it (the sanitizer forwards C++ exceptions to it); the interpreter's own objects, kept
+    # to the end on purpose, are no leaks to report.
+    preload="$("$cxx" -print-file-name=libasan.so) $("$cxx" -print-file-name=libstdc++.so)"
+    py_env+=(LD_PRELOAD="$preload" ASAN_OPTIONS=detect_leaks=0)
+  fi
+  # Without LD_LIBRARY_PATH: the module must find the library through its own RPATH.
+  env -u LD_LIBRARY_PATH "${py_env[@]}" "$python" - "$prefix" \
+    "$prefix/share/krlayout/examples/engine-bay.json" <<'PY'
+import os
+import sys
+
+import krlayout
+
+prefix = os.path.realpath(sys.argv[1])
+inside = lambda path: os.path.realpath(path).startswith(prefix + os.sep)
+assert inside(krlayout.__file__), "krlayout imported from %s" % krlayout.__file__
+with open("/proc/self/maps") as maps:
+    libraries = {line.split()[-1] for line in maps if "libkrlayout.so" in line}
+assert libraries and all(inside(path) for path in libraries), libraries
+result = krlayout.layout(krlayout.load(sys.argv[2]), type="formboard")
+assert result.ok and result.points.shape == (len(result.segments), 6), result
+print("laid out %s: %d segments, %d lines, with %s" % (
+    os.path.basename(result.source), len(result.segments), len(result.points),
+    sorted(libraries)[0][len(prefix):]))
+PY
+fi
 
 echo "-- install test passed"

@@ -1,18 +1,16 @@
 #include "CommandLine.h"
 
-#include "LayoutType.h"
+#include "LayoutOptionChecks.h"
 #include "PaperSize.h"
-#include "UnitFormat.h"
 
 #include <CLI/CLI.hpp>
-#include <krlayout/api/KrLayoutTypeRegistry.h>
 #include <krlayout/krlayout_version.h>
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 #include <ostream>
 
 namespace krtool {
@@ -68,12 +66,7 @@ std::string lower(std::string s)
 
 bool parseNumber(std::string const& text, double& value)
 {
-    if (text.empty() || std::isspace(static_cast<unsigned char>(text.front())))
-        return false;
-    char* end = nullptr;
-    errno = 0;
-    value = std::strtod(text.c_str(), &end);
-    return end != nullptr && *end == '\0' && errno == 0;
+    return LayoutOptionChecks::parseNumber(text, value);
 }
 
 }  // namespace
@@ -88,40 +81,6 @@ bool CommandLine::knownExtension(std::string const& path, std::string& extension
     extension = lower(path.substr(dot));
     return extension == ".json" || extension == ".svg" || extension == ".pdf" ||
            extension == ".png" || extension == ".dxf" || extension == ".csv";
-}
-
-bool CommandLine::parseSpacing(std::string const& text, double& value, std::string& why)
-{
-    if (!parseNumber(text, value)) {
-        why = "'" + text + "' is not a number";
-        return false;
-    }
-    if (!std::isfinite(value)) {
-        why = "'" + text + "' is not finite";
-        return false;
-    }
-    if (value <= 0.0) {
-        why = "'" + text + "' is not greater than zero";
-        return false;
-    }
-    return true;
-}
-
-bool CommandLine::parseClearance(std::string const& text, double& value, std::string& why)
-{
-    if (!parseNumber(text, value) || std::isnan(value)) {
-        why = "'" + text + "' is not a number";
-        return false;
-    }
-    if (value < 0.0) {
-        why = "'" + text + "' is negative";
-        return false;
-    }
-    if (!std::isfinite(value)) {
-        why = "'" + text + "' is not finite";
-        return false;
-    }
-    return true;
 }
 
 bool CommandLine::parseScale(std::string const& text, double& value)
@@ -198,7 +157,8 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
     app.add_option("-f,--feature", options.feature,
                    "Run on the host feature NAME (coincident relations with it)")
         ->type_name("NAME");
-    app.add_option("-u,--units", options.units,
+    std::string units = options.units;
+    app.add_option("-u,--units", units,
                    "Model units of the document: m, cm, mm, in or ft; overrides the document's "
                    "\"units\" (default m)")
         ->type_name("UNIT")
@@ -240,9 +200,11 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
         return 2;
     };
 
-    if (!LayoutType::parse(type, options.layoutType))
-        return fail("--type: '" + type + "' is not a layout type (" +
-                    KrLayoutTypeRegistry::Choices() + ")");
+    // The layout options are checked by the same functions as the Python module's, in the same
+    // order, with --mode between the type and the grid.
+    std::string problem = LayoutOptionChecks::layoutType(type, options);
+    if (!problem.empty())
+        return fail(problem);
 
     std::string const m = lower(mode);
     if (m == "host")
@@ -252,54 +214,20 @@ int CommandLine::parse(int argc, char const* const* argv, ToolOptions& options, 
     else
         return fail("--mode: '" + mode + "' is not a mode (host or arrays)");
 
-    std::string why;
-    if (!grid.empty()) {
-        std::string::size_type const comma = grid.find(',');
-        std::string const xs = grid.substr(0, comma);
-        std::string const ys = comma == std::string::npos ? xs : grid.substr(comma + 1);
-        if (!parseSpacing(xs, options.gridX, why) || !parseSpacing(ys, options.gridY, why))
-            return fail("--grid: bad grid spacing: " + why +
-                        " (give a finite number greater than zero, or X,Y)");
-        options.gridGiven = true;
-    }
-    if (app.count("--grid-x") > 0) {
-        if (!parseSpacing(gridX, options.gridX, why))
-            return fail("--grid-x: bad grid spacing: " + why +
-                        " (give a finite number greater than zero)");
-        if (grid.empty() && app.count("--grid-y") == 0)
-            options.gridY = options.gridX;
-        options.gridGiven = true;
-    }
-    if (app.count("--grid-y") > 0) {
-        if (!parseSpacing(gridY, options.gridY, why))
-            return fail("--grid-y: bad grid spacing: " + why +
-                        " (give a finite number greater than zero)");
-        if (grid.empty() && app.count("--grid-x") == 0)
-            options.gridX = options.gridY;
-        options.gridGiven = true;
-    }
-
-    if (app.count("--clearance") > 0) {
-        // The grid layouts keep no clearance of their own: a value for them would be silently
-        // ignored, so it is refused.
-        if (options.layoutType != LayoutType::kBoard)
-            return fail("--clearance applies to the board layout only (--type formboard)");
-        if (!parseClearance(clearance, options.clearance, why))
-            return fail("--clearance: bad clearance: " + why +
-                        " (give a finite distance of 0 or more in model units)");
-        options.clearanceGiven = true;
-    }
-
-    options.unitsGiven = app.count("--units") > 0;
-    options.metresPerUnit = UnitFormat::metresPerUnit(options.units);
-    if (!(options.metresPerUnit > 0.0))
-        return fail("--units: '" + options.units + "' is not a unit (m, cm, mm, in or ft)");
-    // Without --units the document's own units apply once it is read (ToolApplication sets
-    // them and the default grid again); m until then.
-    if (!options.gridGiven) {
-        // 0.02 m, the library's default spacing, in the document's units.
-        options.gridX = options.gridY = 0.02 / options.metresPerUnit;
-    }
+    auto given = [&](char const* name, std::string const& value) {
+        return app.count(name) > 0 ? std::optional<std::string>(value) : std::nullopt;
+    };
+    // An empty --grid counts as not given.
+    std::optional<std::string> const gridXY =
+        grid.empty() ? std::nullopt : std::optional<std::string>(grid);
+    problem = LayoutOptionChecks::grid(gridXY, given("--grid-x", gridX), given("--grid-y", gridY),
+                                       options);
+    if (problem.empty())
+        problem = LayoutOptionChecks::clearance(given("--clearance", clearance), options);
+    if (problem.empty())
+        problem = LayoutOptionChecks::units(given("--units", units), options);
+    if (!problem.empty())
+        return fail(problem);
 
     if (!parseScale(scale, options.paperScale))
         return fail("--scale: '" + scale + "' is not a scale (fit, 1:1, 1:10, ...)");

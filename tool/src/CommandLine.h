@@ -1,4 +1,5 @@
-// Reads the command line into ToolOptions and checks every value before anything is run.
+// Reads the command line into ToolOptions and checks every value before anything is run. The
+// layout options go through LayoutOptionChecks, which the Python module runs as well.
 #pragma once
 
 #include "ToolOptions.h"
@@ -21,10 +22,6 @@ public:
     static bool knownExtension(std::string const& path, std::string& extension);
 
 private:
-    // A grid spacing: a finite number greater than zero, else a message in why.
-    static bool parseSpacing(std::string const& text, double& value, std::string& why);
-    // A board clearance: a finite number of 0 or more, else a message in why.
-    static bool parseClearance(std::string const& text, double& value, std::string& why);
     // "1:1", "1:20", "2:1" or "fit" (0).
     static bool parseScale(std::string const& text, double& value);
 };

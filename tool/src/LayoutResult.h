@@ -132,6 +132,11 @@ struct LayoutResult {
     std::vector<RunWarning> warnings;
 
     std::vector<ResultSegment> segments;
+    // The output arrays of a laid-out run as the library filled them: six numbers per line
+    // (start x, y, z, end x, y, z) and an axis code per line. In arrays mode the lines' ids
+    // (k, k) index them.
+    std::vector<double> outputPoints;
+    std::vector<int> outputAxes;
 };
 
 }  // namespace krtool

@@ -502,8 +502,11 @@ LayoutResult LayoutSession::run(ToolOptions const& options, std::string const& u
     if (result.checkMessage.empty() && result.status == 8)
         result.checkMessage = KrUtf8Codec::Encode(KrAutoLayout::disjoinMessage);
 
-    if (result.status == 0)
+    if (result.status == 0) {
         readLayout(options, output, result);
+        result.outputPoints = std::move(output.points);
+        result.outputAxes = std::move(output.constraints);
+    }
 
     ConnectorPlacer::place(result, result.componentTexts);
 

@@ -8,7 +8,7 @@
 #include "DroppedSegments.h"
 #include "DxfWriter.h"
 #include "ExampleLocator.h"
-#include "InputWarnings.h"
+#include "LayoutOptionChecks.h"
 #include "LayoutType.h"
 #include "LayoutSession.h"
 #include "ResultDocument.h"
@@ -103,30 +103,14 @@ int ToolApplication::execute(ToolOptions& options)
     try {
         RunGuard::setStep(RunGuard::Step::Loading);
         LayoutSession session(source);
-        // Without --units the document says what its numbers are in (metres when it is silent);
-        // the default grid follows the unit.
-        if (!options.unitsGiven) {
-            options.units = session.documentUnits();
-            options.metresPerUnit = UnitFormat::metresPerUnit(options.units);
-            if (!options.gridGiven)
-                options.gridX = options.gridY = 0.02 / options.metresPerUnit;
-        }
-        std::string const unitsSource = options.unitsGiven              ? "option"
-                                        : session.documentGivesUnits() ? "document"
-                                                                       : "default";
-        // Warned about before anything may be refused: a document in the wrong unit is also
-        // what makes a grid too coarse or too fine for it.
-        warnings = InputWarnings::segmentLengths(session.segmentLengths(), options.units,
-                                                 options.metresPerUnit, unitsSource);
-        for (RunWarning& w : InputWarnings::componentTexts(session.componentTexts()))
-            warnings.push_back(std::move(w));
+        // The document's units, the warnings about it and the grid checks, as the Python module
+        // settles them too.
+        LayoutOptionChecks::DocumentCheck check = LayoutOptionChecks::document(session, options);
+        warnings = std::move(check.warnings);
         for (RunWarning const& w : warnings)
             err_ << "krlayout: warning: " << source << ": " << w.message << "\n";
-        std::string problem = session.gridProblem(options);
-        if (problem.empty())
-            problem = session.sizeProblem(options);
-        if (!problem.empty()) {
-            err_ << "krlayout: " << problem << "\n";
+        if (!check.problem.empty()) {
+            err_ << "krlayout: " << check.problem << "\n";
             return kBadDocument;
         }
         if (options.hasFeature && !session.hasFeature(options.feature))
@@ -136,7 +120,7 @@ int ToolApplication::execute(ToolOptions& options)
         err_.flush();
         RunGuard::setStep(RunGuard::Step::LayingOut);
         result = session.run(options, options.units, options.metresPerUnit);
-        result.unitsSource = unitsSource;
+        result.unitsSource = check.unitsSource;
         result.warnings = warnings;
     } catch (JsonHostError const& e) {
         err_ << "krlayout: " << e.what() << "\n";
