@@ -10,6 +10,7 @@
 #include <krlayout/model/KrRouteCADLine.h>
 #include <krlayout/model/KrRouteSegment.h>
 #include <krlayout/model/KrRoutingWayPoint.h>
+#include <krlayout/model/KrSegmentGeometry.h>
 #include <krlayout/model/e_AngleArea.h>
 
 #include <krlayout/grid/KrRoutingGrid.h>
