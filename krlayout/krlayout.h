@@ -7,6 +7,7 @@
 #include <krlayout/model/ALLine.h>
 #include <krlayout/model/ALPoint.h>
 #include <krlayout/model/KrGeoUtility.h>
+#include <krlayout/model/KrLineChain.h>
 #include <krlayout/model/KrRouteCADLine.h>
 #include <krlayout/model/KrRouteSegment.h>
 #include <krlayout/model/KrRoutingWayPoint.h>

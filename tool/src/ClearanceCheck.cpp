@@ -189,34 +189,23 @@ private:
     std::vector<std::vector<double>> low_;
 };
 
-// The two end nodes of a segment: the points of its sketch that only one of its entities
-// reaches. A chain that closes on itself or branches has no such pair; its first entity's start
-// and last entity's end stand for them then.
+// The two end nodes of a segment: the ends of the chain its sketch forms (Geometry2D::chainEnds).
+// A chain that closes on itself or branches has no such pair; its first entity's start and last
+// entity's end stand for them then. Every point of the sketch gets its node first, in the order of
+// the entities, so that the nodes are numbered as the points first appear.
 std::pair<size_t, size_t> endsOf(ClearanceCheck::Segment const& s, NodeIndex& nodes)
 {
     if (s.sketch.empty())
         return {kNone, kNone};
-    std::vector<size_t> touched;
-    touched.reserve(2 * s.sketch.size());
     for (auto const& l : s.sketch) {
-        touched.push_back(nodes.nodeOf(l.first));
-        touched.push_back(nodes.nodeOf(l.second));
+        nodes.nodeOf(l.first);
+        nodes.nodeOf(l.second);
     }
-    std::vector<size_t> odd;
-    std::vector<size_t> sorted = touched;
-    std::sort(sorted.begin(), sorted.end());
-    for (size_t i = 0; i < sorted.size();) {
-        size_t j = i;
-        while (j < sorted.size() && sorted[j] == sorted[i])
-            ++j;
-        if ((j - i) % 2 == 1)
-            odd.push_back(sorted[i]);
-        i = j;
-    }
-    if (odd.size() == 2)
-        return {odd[0], odd[1]};
-    size_t const a = touched.front();
-    size_t const b = touched.back();
+    std::vector<Point2> ends = Geometry2D::chainEnds(s.sketch);
+    if (ends.size() != 2)
+        ends = {s.sketch.front().first, s.sketch.back().second};
+    size_t const a = nodes.nodeOf(ends[0]);
+    size_t const b = nodes.nodeOf(ends[1]);
     return {a, a == b ? kNone : b};
 }
 

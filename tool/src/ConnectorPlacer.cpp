@@ -33,34 +33,6 @@ ConnectorPlacer::PointKey ConnectorPlacer::pointKey(Point2 const& p)
     return {cell(p.x), cell(p.y)};
 }
 
-std::vector<Point2> ConnectorPlacer::chainEnds(std::vector<std::pair<Point2, Point2>> const& lines)
-{
-    std::map<Key, std::pair<int, Point2>> seen;
-    std::vector<Key> order;
-    for (auto const& l : lines) {
-        for (Point2 const& p : {l.first, l.second}) {
-            Key const k = keyOf(p);
-            auto it = seen.find(k);
-            if (it == seen.end()) {
-                seen.emplace(k, std::make_pair(1, p));
-                order.push_back(k);
-            } else {
-                it->second.first += 1;
-            }
-        }
-    }
-    std::vector<Point2> ends;
-    for (Key const& k : order) {
-        if (seen[k].first % 2 == 1)
-            ends.push_back(seen[k].second);
-    }
-    if (ends.empty() && !lines.empty()) {
-        ends.push_back(lines.front().first);
-        ends.push_back(lines.back().second);
-    }
-    return ends;
-}
-
 bool ConnectorPlacer::parseHalf(std::string const& half, std::string& connector, std::string& pin)
 {
     std::string::size_type const at = half.find('@');
@@ -126,7 +98,7 @@ void ConnectorPlacer::place(LayoutResult& result, std::map<long, std::string> co
         auto const named = parse(it->second);
         for (auto const& [connector, pin] : named)
             s.connectorNames.push_back(displayName(connector, pin));
-        std::vector<Point2> const ends = chainEnds(lines[i]);
+        std::vector<Point2> const ends = Geometry2D::chainEnds(lines[i]);
         if (ends.empty() || named.empty())
             continue;
         std::vector<Point2> freeEnds;

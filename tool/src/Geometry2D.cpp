@@ -1,5 +1,7 @@
 #include "Geometry2D.h"
 
+#include <krlayout/model/KrLineChain.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -125,6 +127,39 @@ Extent Geometry2D::extentOf(LayoutResult const& result, bool laidOut)
         }
     }
     return e;
+}
+
+ALPoint Geometry2D::toLibrary(Point2 const& p)
+{
+    return ALPoint(p.x, p.y, 0.0);
+}
+
+ALLine Geometry2D::toLibrary(std::pair<Point2, Point2> const& line)
+{
+    ALLine out;
+    out.start = toLibrary(line.first);
+    out.end = toLibrary(line.second);
+    return out;
+}
+
+Point2 Geometry2D::fromLibrary(ALPoint const& p)
+{
+    return {p.x, p.y};
+}
+
+std::vector<Point2> Geometry2D::chainEnds(std::vector<std::pair<Point2, Point2>> const& lines)
+{
+    std::vector<ALLine> chain;
+    chain.reserve(lines.size());
+    for (auto const& l : lines)
+        chain.push_back(toLibrary(l));
+    std::vector<ALPoint> ends;
+    KrLineChain::FindEnds(chain, ends);
+    std::vector<Point2> out;
+    out.reserve(ends.size());
+    for (ALPoint const& p : ends)
+        out.push_back(fromLibrary(p));
+    return out;
 }
 
 }  // namespace krtool

@@ -3,6 +3,12 @@
 
 #include "LayoutResult.h"
 
+#include <krlayout/model/ALLine.h>
+#include <krlayout/model/ALPoint.h>
+
+#include <utility>
+#include <vector>
+
 namespace krtool {
 
 struct Extent {
@@ -39,6 +45,16 @@ public:
     // Least distance between the closed segments a-b and c-d: 0 when they cross or touch.
     static double lineDistance(Point2 const& a, Point2 const& b, Point2 const& c, Point2 const& d);
     static Extent extentOf(LayoutResult const& result, bool laidOut);
+
+    // The tool's points and lines as the library's (z = 0), and back.
+    static ALPoint toLibrary(Point2 const& p);
+    static ALLine toLibrary(std::pair<Point2, Point2> const& line);
+    static Point2 fromLibrary(ALPoint const& p);
+    // The free ends of a chain of lines, found by the library's KrLineChain: the points an odd
+    // number of line ends reach (points within the library's tolerance are one), in the order
+    // they first appear; the first line's start and the last line's end for a closed chain;
+    // none for no lines.
+    static std::vector<Point2> chainEnds(std::vector<std::pair<Point2, Point2>> const& lines);
 };
 
 }  // namespace krtool
