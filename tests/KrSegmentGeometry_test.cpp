@@ -59,9 +59,12 @@ TEST(KrSegmentGeometry, IntersectIsExactWithoutATolerance) {
     EXPECT_FALSE(G::Intersect({0, 0}, {2, 0}, {1, 1e-9}, {1, 5}));
 }
 
-TEST(KrSegmentGeometry, SegmentDistanceIsZeroWhenTheyIntersectElseFromTheNearestEnd) {
+TEST(KrSegmentGeometry, SegmentDistanceIsZeroWhenTheyCrossElseFromTheNearestEnd) {
     EXPECT_EQ(G::SegmentDistance({0, 0}, {2, 2}, {0, 2}, {2, 0}), 0.0);
+    // A T: the end (1, 0) on the bar, its perpendicular foot exactly itself.
     EXPECT_EQ(G::SegmentDistance({0, 0}, {2, 0}, {1, 0}, {1, 5}), 0.0);
+    // Collinear, overlapping: an end of each lies on the other.
+    EXPECT_EQ(G::SegmentDistance({0, 0}, {2, 0}, {1, 0}, {3, 0}), 0.0);
     // Parallel, 3 apart.
     EXPECT_EQ(G::SegmentDistance({0, 0}, {4, 0}, {1, 3}, {2, 3}), 3.0);
     // A T stopping 0.5 short of the bar.

@@ -4,6 +4,18 @@
 #include <cmath>
 #include <limits>
 
+namespace {
+
+// Whether the ends of each of two segments lie strictly on opposite sides of the other's line,
+// from the four orientations: d1, d2 of the first segment's ends against the second, d3, d4 of
+// the second's against the first.
+bool Opposite(double d1, double d2, double d3, double d4)
+{
+    return ((d1 > 0 && d2 < 0) || (d1 < 0 && d2 > 0)) && ((d3 > 0 && d4 < 0) || (d3 < 0 && d4 > 0));
+}
+
+}  // namespace
+
 double KrSegmentGeometry::Cross(Point const& o, Point const& a, Point const& b)
 {
     return (a.x - o.x) * (b.y - o.y) - (a.y - o.y) * (b.x - o.x);
@@ -39,7 +51,7 @@ bool KrSegmentGeometry::Intersect(Point const& a, Point const& b, Point const& c
     double const d2 = Cross(c, d, b);
     double const d3 = Cross(a, b, c);
     double const d4 = Cross(a, b, d);
-    if (((d1 > 0 && d2 < 0) || (d1 < 0 && d2 > 0)) && ((d3 > 0 && d4 < 0) || (d3 < 0 && d4 > 0))) {
+    if (Opposite(d1, d2, d3, d4)) {
         return true;
     }
     // An end on the other segment's line and within its span lies on it.
@@ -49,7 +61,9 @@ bool KrSegmentGeometry::Intersect(Point const& a, Point const& b, Point const& c
 
 double KrSegmentGeometry::SegmentDistance(Point const& a, Point const& b, Point const& c, Point const& d)
 {
-    if (Intersect(a, b, c, d)) {
+    // Segments that cross are 0 apart; otherwise (also when they touch or are collinear) the
+    // least distance is reached at one of the four ends.
+    if (Opposite(Cross(c, d, a), Cross(c, d, b), Cross(a, b, c), Cross(a, b, d))) {
         return 0.0;
     }
     return std::min(std::min(PointSegmentDistance(a, c, d), PointSegmentDistance(b, c, d)),

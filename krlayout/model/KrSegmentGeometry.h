@@ -47,8 +47,10 @@ public:
     // Whether the closed segments a-b and c-d have a point in common: a crossing, an end on the
     // other segment, or a collinear overlap.
     static bool Intersect(Point const& a, Point const& b, Point const& c, Point const& d);
-    // The least distance between the closed segments a-b and c-d: 0 when they intersect, else the
-    // least distance from an end of one to the other.
+    // The least distance between the closed segments a-b and c-d: 0 when they cross (the ends of
+    // each strictly on opposite sides of the other's line), else the least distance from an end
+    // of one to the other. Segments that touch or overlap are so as far apart as the touching end
+    // computes, which is 0 up to the rounding of the foot of its perpendicular.
     static double SegmentDistance(Point const& a, Point const& b, Point const& c, Point const& d);
 
     // Whether a-b and c-d cross properly: both have a length of at least `margin`, and the ends of
