@@ -67,6 +67,7 @@
 #include <krlayout/api/KrComponentText.h>
 #include <krlayout/api/KrFormboardLayoutRun.h>
 #include <krlayout/api/KrLayoutInput.h>
+#include <krlayout/api/KrLayoutQuality.h>
 #include <krlayout/api/KrLayoutResult.h>
 #include <krlayout/api/KrLayoutRun.h>
 #include <krlayout/api/KrLayoutTypeRegistry.h>
