@@ -12,13 +12,11 @@ namespace krtool {
 
 class ConnectorPlacer {
 public:
-    // The connectors a component map text names, read the way the layout run reads it: up to two
-    // halves split at the first ':', each "pin@connector" split at its first '@', kept only when
-    // the connector part itself holds an '@' after its first character. Pairs of (connector, pin).
+    // The connectors a component map text names, read by the library's KrComponentText as the
+    // layout run reads it (the UTF-8 text decoded, the names encoded again): up to two halves
+    // split at the first ':', each "pin@connector" split at its first '@', kept only when the
+    // connector part itself holds an '@' after its first character. Pairs of (connector, pin).
     static std::vector<std::pair<std::string, std::string>> parse(std::string const& text);
-    // One half: "pin@connector" split at its first '@' (no pin without one); true, with the
-    // connector and pin, when the connector part holds an '@' after its first character.
-    static bool parseHalf(std::string const& half, std::string& connector, std::string& pin);
 
     // For every segment with a component map entry: its connector names, and their places at the
     // segment's free ends (chain ends, Geometry2D::chainEnds, that no other segment touches) of
