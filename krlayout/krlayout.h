@@ -8,6 +8,7 @@
 #include <krlayout/model/ALPoint.h>
 #include <krlayout/model/KrGeoUtility.h>
 #include <krlayout/model/KrLineChain.h>
+#include <krlayout/model/KrPointIndex.h>
 #include <krlayout/model/KrRouteCADLine.h>
 #include <krlayout/model/KrRouteSegment.h>
 #include <krlayout/model/KrRoutingWayPoint.h>

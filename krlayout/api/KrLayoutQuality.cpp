@@ -3,13 +3,13 @@
 #include <krlayout/model/ALPoint.h>
 #include <krlayout/model/KrGeoUtility.h>
 #include <krlayout/model/KrLineChain.h>
+#include <krlayout/model/KrPointIndex.h>
 #include <krlayout/model/KrSegmentGeometry.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <unordered_map>
 #include <utility>
 
 namespace {
@@ -185,64 +185,6 @@ void LineGrid::laterNeighbours(std::size_t p, Near&& near) const
     }
 }
 
-// The end points of the sketches, numbered in the order they first appear; a point equal (as an
-// ALPoint) to an earlier numbered one is that one, the first such if several. Points are hashed
-// into cells twice as wide as the tolerance, so a point finds its match in its own cell or one of
-// the eight around it.
-class NodeIndex {
-public:
-    std::size_t nodeOf(ALPoint const& p)
-    {
-        std::pair<long long, long long> const cell{cellOf(p.x), cellOf(p.y)};
-        std::size_t found = kNone;
-        for (long long dx = -1; dx <= 1; ++dx) {
-            for (long long dy = -1; dy <= 1; ++dy) {
-                auto it = cells_.find({cell.first + dx, cell.second + dy});
-                if (it == cells_.end()) {
-                    continue;
-                }
-                for (std::size_t id : it->second) {
-                    if (id < found && points_[id] == p) {
-                        found = id;
-                    }
-                }
-            }
-        }
-        if (found != kNone) {
-            return found;
-        }
-        std::size_t const id = points_.size();
-        points_.push_back(p);
-        cells_[cell].push_back(id);
-        return id;
-    }
-    std::size_t count() const { return points_.size(); }
-
-private:
-    struct CellHash {
-        std::size_t operator()(std::pair<long long, long long> const& c) const
-        {
-            return std::hash<long long>()(c.first) * 0x9E3779B97F4A7C15ULL ^ std::hash<long long>()(c.second);
-        }
-    };
-    static long long cellOf(double v)
-    {
-        // Far beyond any drawing, and NaN, share the outermost cells (NaN equals nothing).
-        double const c = std::floor(v / (2.0 * kTol));
-        double const limit = 4.0e18;
-        if (!(c > -limit)) {
-            return -static_cast<long long>(limit);
-        }
-        if (!(c < limit)) {
-            return static_cast<long long>(limit);
-        }
-        return static_cast<long long>(c);
-    }
-
-    std::vector<ALPoint> points_;
-    std::unordered_map<std::pair<long long, long long>, std::vector<std::size_t>, CellHash> cells_;
-};
-
 // The harness as a forest: nodes are the segments' end points, edges the segments. Paths are
 // answered by lifting both ends towards their common ancestor in power-of-two steps, each step
 // remembering the shortest segment it passes; the step tables are built on the first question.
@@ -371,26 +313,27 @@ private:
     std::vector<std::vector<double>> low_;
 };
 
-// The two end nodes of a segment: the ends of the chain its sketch forms. A chain that closes on
+// The two end nodes of a segment (points numbered by KrPointIndex): the ends of the chain its
+// sketch forms. A chain that closes on
 // itself or branches has no such pair; its first line's start and last line's end stand for them
 // then. Every point of the sketch gets its node first, in the order of the lines, so that the
 // nodes are numbered as the points first appear.
-std::pair<std::size_t, std::size_t> EndsOf(KrLayoutQuality::Segment const& s, NodeIndex& nodes)
+std::pair<std::size_t, std::size_t> EndsOf(KrLayoutQuality::Segment const& s, KrPointIndex& nodes)
 {
     if (s.sketch.empty()) {
         return {kNone, kNone};
     }
     for (ALLine const& l : s.sketch) {
-        nodes.nodeOf(l.start);
-        nodes.nodeOf(l.end);
+        nodes.NumberOf(l.start);
+        nodes.NumberOf(l.end);
     }
     std::vector<ALPoint> ends;
     KrLineChain::FindEnds(s.sketch, ends);
     if (ends.size() != 2) {
         ends = {s.sketch.front().start, s.sketch.back().end};
     }
-    std::size_t const a = nodes.nodeOf(ends[0]);
-    std::size_t const b = nodes.nodeOf(ends[1]);
+    std::size_t const a = nodes.NumberOf(ends[0]);
+    std::size_t const b = nodes.NumberOf(ends[1]);
     return {a, a == b ? kNone : b};
 }
 
@@ -418,14 +361,14 @@ void FindClosePairs(std::vector<KrLayoutQuality::Segment> const& segments, std::
     LineGrid const grid(std::move(lines), reach);
 
     // Which segments meet and the tree paths between them, from the sketches.
-    NodeIndex nodes;
+    KrPointIndex nodes;
     std::vector<std::pair<std::size_t, std::size_t>> ends(segments.size());
     std::vector<double> lengths(segments.size());
     for (std::size_t si = 0; si < segments.size(); ++si) {
         ends[si] = EndsOf(segments[si], nodes);
         lengths[si] = segments[si].length;
     }
-    Forest forest(nodes.count(), ends, lengths);
+    Forest forest(nodes.Count(), ends, lengths);
     auto meet = [&](std::size_t a, std::size_t b) {
         auto const& ea = ends[a];
         auto const& eb = ends[b];

@@ -20,9 +20,9 @@ public:
 
     // Appends the ends of the chain the lines form to `ends`: the points that an odd number of
     // line ends reach, in the order they first appear (line by line, start before end). Points
-    // are the same as CreateWayPoint merges them: equal as ALPoints (within GEO_TOLERANCE in each
-    // coordinate), each taken as the first earlier point it equals that no point before it was
-    // taken as; a point with a coordinate that is not finite equals nothing. A chain that reaches
+    // are the same as CreateWayPoint merges them (KrPointIndex: equal as ALPoints, within
+    // GEO_TOLERANCE in each coordinate), each end given as the first line end of its point; a
+    // point with a coordinate that is not finite equals nothing. A chain that reaches
     // every point an even number of times (closed on itself) gives its first line's start and its
     // last line's end. A chain that branches gives more than two ends. 1 for no lines (nothing
     // appended), else 0.

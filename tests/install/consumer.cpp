@@ -123,6 +123,15 @@ int CheckKrSegmentGeometry() {
     return 0;
 }
 
+int CheckKrPointIndex() {
+    KrPointIndex index;
+    if (index.NumberOf(ALPoint(1.0, 2.0, 0.0)) != 0) return __LINE__;
+    if (index.NumberOf(ALPoint(1.0 + 1e-6, 2.0, 0.0)) != 0) return __LINE__;
+    if (index.NumberOf(ALPoint(3.0, 2.0, 0.0)) != 1) return __LINE__;
+    if (index.Count() != 2 || !Near(index.PointOf(1).x, 3.0)) return __LINE__;
+    return 0;
+}
+
 int CheckKrLineChain() {
     double const a[3] = {0.0, 0.0, 0.0};
     double const b[3] = {1.0, 0.0, 0.0};
@@ -654,6 +663,7 @@ Check const kChecks[] = {
     {"ALPoint", CheckALPoint},
     {"ALLine", CheckALLine},
     {"KrSegmentGeometry", CheckKrSegmentGeometry},
+    {"KrPointIndex", CheckKrPointIndex},
     {"KrLineChain", CheckKrLineChain},
     {"KrLayoutQuality", CheckKrLayoutQuality},
     {"KrGeoUtility", CheckKrGeoUtility},
