@@ -7,9 +7,12 @@
 #include <krlayout/model/ALLine.h>
 #include <krlayout/model/ALPoint.h>
 #include <krlayout/model/KrGeoUtility.h>
+#include <krlayout/model/KrLineChain.h>
+#include <krlayout/model/KrPointIndex.h>
 #include <krlayout/model/KrRouteCADLine.h>
 #include <krlayout/model/KrRouteSegment.h>
 #include <krlayout/model/KrRoutingWayPoint.h>
+#include <krlayout/model/KrSegmentGeometry.h>
 #include <krlayout/model/e_AngleArea.h>
 
 #include <krlayout/grid/KrRoutingGrid.h>
@@ -65,6 +68,7 @@
 #include <krlayout/api/KrComponentText.h>
 #include <krlayout/api/KrFormboardLayoutRun.h>
 #include <krlayout/api/KrLayoutInput.h>
+#include <krlayout/api/KrLayoutQuality.h>
 #include <krlayout/api/KrLayoutResult.h>
 #include <krlayout/api/KrLayoutRun.h>
 #include <krlayout/api/KrLayoutTypeRegistry.h>

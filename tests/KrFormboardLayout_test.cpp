@@ -17,7 +17,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstdint>
-#include <map>
 #include <vector>
 
 namespace {
@@ -30,16 +29,11 @@ ALPoint Pt(double x, double y) { return ALPoint(x, y, 0.0); }
 struct Board {
     KrSketch sketch;
     KrFormboardLayout layout;
-    std::map<long, double> lengths;
-    std::map<long, double> diameters;
+    std::vector<TreeSegment> tree;
     int status = -1;
 
-    Board(std::vector<TreeSegment> const& tree, double grid, double clearance = -1.0) {
+    Board(std::vector<TreeSegment> const& input, double grid, double clearance = -1.0) : tree(input) {
         EXPECT_EQ(harness::BuildCheckedSketch(tree, grid, sketch), 0);
-        for (TreeSegment const& s : tree) {
-            lengths[s.id] = s.length;
-            diameters[s.id] = s.diameter;
-        }
         layout.SetClearance(clearance);
         status = layout.LayOut(&sketch);
     }
@@ -57,7 +51,7 @@ struct Board {
     board::Report Check() {
         double c = 0.0;
         layout.GetUsedClearance(c);
-        return board::Check(sketch, lengths, diameters, c);
+        return board::Check(sketch, tree, c);
     }
 };
 

@@ -1,5 +1,6 @@
 // Lays out a few hundred random trees with both layout types, checks that every segment is placed,
-// and reports how many pairs of segments cross or overlap in the result.
+// and reports the library's quality measures of the results (KrLayoutQuality, the figures the
+// tool's quality report gives): pairs of segments that cross, and collinear pieces that overlap.
 #include "LayoutTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -19,11 +20,13 @@ constexpr int kTrees = 300;
 void RunQuality(e_LayOutType type, unsigned seedBase, bool allKept) {
     std::size_t segments = 0;
     std::size_t dropped = 0;
-    Quality total;
+    std::size_t crossingPairs = 0;
+    std::size_t overlappingPieces = 0;
     for (int t = 0; t < kTrees; ++t) {
         std::mt19937 rng(seedBase + static_cast<unsigned>(t));
         int const n = std::uniform_int_distribution<int>(2, 40)(rng);
-        std::unique_ptr<KrSketch> sketch = BuildSketch(RandomTree(rng, n));
+        std::vector<SegmentInput> const inputs = RandomTree(rng, n);
+        std::unique_ptr<KrSketch> sketch = BuildSketch(inputs);
         KrRoutingLayout layout;
         ASSERT_EQ(0, layout.LayOut(sketch.get(), type)) << "tree " << t;
         std::vector<KrRouteSegment*> segs;
@@ -46,13 +49,13 @@ void RunQuality(e_LayOutType type, unsigned seedBase, bool allKept) {
                 EXPECT_GE(pts.size(), 2u) << "tree " << t << " segment " << s->GetId();
             }
         }
-        Quality q = Measure(segs);
-        total.crossings += q.crossings;
-        total.overlaps += q.overlaps;
+        KrLayoutQuality const q = MeasureLayout(segs, inputs, 1.0);
+        crossingPairs += q.crossingPairs;
+        overlappingPieces += q.overlappingPieces;
         segments += segs.size();
     }
-    std::printf("[quality] type %d: trees %d, segments %zu, crossings %zu, overlaps %zu, dropped %zu\n",
-                static_cast<int>(type), kTrees, segments, total.crossings, total.overlaps, dropped);
+    std::printf("[quality] type %d: trees %d, segments %zu, crossing pairs %zu, overlapping pieces %zu, dropped %zu\n",
+                static_cast<int>(type), kTrees, segments, crossingPairs, overlappingPieces, dropped);
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
 // Helpers shared by the layout suites: sketches built from polylines, random trees, strategy
-// stubs, and a measure of crossing and overlapping segments in a finished layout.
+// stubs, and the library's quality measure applied to a finished layout.
 #pragma once
 
+#include <krlayout/api/KrLayoutQuality.h>
 #include <krlayout/grid/KrRoutingGrid.h>
 #include <krlayout/layout/IAssignAngle.h>
 #include <krlayout/layout/ICrossLineUpdate.h>
@@ -260,144 +261,52 @@ inline std::vector<SegmentInput> RandomTree(std::mt19937& rng, int n) {
 }
 
 // ---------------------------------------------------------------------------------------------
-// Crossing and overlap measure.
+// Quality of a finished layout.
 
-struct Quality {
-    std::size_t crossings = 0;  // pairs of segments with a crossing
-    std::size_t overlaps = 0;   // pairs of segments with a collinear overlap of positive length
-};
-
-struct LinePiece {
-    double x0, y0, x1, y1;
-};
-
-inline std::vector<LinePiece> Pieces(KrRouteSegment* seg) {
+// The drawn lines of a segment: each CAD line from its first to its last way point.
+inline std::vector<ALLine> DrawnLines(KrRouteSegment* seg) {
     std::vector<KrRouteCADLine*> lines;
     seg->GetAllCADLine(lines);
-    std::vector<LinePiece> out;
+    std::vector<ALLine> out;
     for (KrRouteCADLine* line : lines) {
-        KrRoutingWayPoint* s = nullptr;
-        KrRoutingWayPoint* e = nullptr;
-        line->GetStartPoint(s);
-        line->GetEndPoint(e);
-        if (s == nullptr || e == nullptr) {
-            continue;
-        }
-        ALPoint a = At(s);
-        ALPoint b = At(e);
-        if (std::hypot(b.x - a.x, b.y - a.y) > 1e-9) {
-            out.push_back(LinePiece{a.x, a.y, b.x, b.y});
+        ALLine l;
+        if (line->GetLine(&l) == 0) {
+            out.push_back(l);
         }
     }
     return out;
 }
 
-// The way points of seg's lines and its two ends (pointer identity).
-inline void PointSets(KrRouteSegment* seg, std::set<KrRoutingWayPoint*>& all,
-                      std::set<KrRoutingWayPoint*>& ends) {
-    std::vector<KrRouteCADLine*> lines;
-    seg->GetAllCADLine(lines);
-    for (KrRouteCADLine* line : lines) {
-        std::vector<KrRoutingWayPoint*> pts;
-        line->GetWayPoint(pts);
-        all.insert(pts.begin(), pts.end());
+// Measures the segments left in a laid-out sketch with the library's quality measure: each is
+// drawn as its CAD lines, and its sketch (where its ends are), true length and diameter are those
+// of the input with its id.
+inline KrLayoutQuality MeasureLayout(std::vector<KrRouteSegment*> const& segs,
+                                     std::vector<SegmentInput> const& inputs, double clearance) {
+    std::map<long, SegmentInput const*> byId;
+    for (SegmentInput const& in : inputs) {
+        byId.emplace(in.id, &in);
     }
-    KrRoutingWayPoint* a = nullptr;
-    KrRoutingWayPoint* b = nullptr;
-    if (seg->GetOtherEnd(nullptr, a) == 0) {
-        ends.insert(a);
-        if (seg->GetOtherEnd(a, b) == 0) {
-            ends.insert(b);
-        }
-    }
-}
-
-// Two segments meet at (x, y) when some way point there is an end of one of them and a point of
-// the other's lines (a joint of the route), by pointer identity.
-inline bool MeetAt(double x, double y, std::set<KrRoutingWayPoint*> const& allA,
-                   std::set<KrRoutingWayPoint*> const& endsA, std::set<KrRoutingWayPoint*> const& allB,
-                   std::set<KrRoutingWayPoint*> const& endsB) {
-    auto near = [&](KrRoutingWayPoint* p) {
-        ALPoint q = At(p);
-        return std::fabs(q.x - x) < 1e-6 && std::fabs(q.y - y) < 1e-6;
-    };
-    for (KrRoutingWayPoint* p : endsA) {
-        if (allB.count(p) != 0 && near(p)) {
-            return true;
-        }
-    }
-    for (KrRoutingWayPoint* p : endsB) {
-        if (allA.count(p) != 0 && near(p)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-// Counts, over all pairs of different segments, those whose lines cross at a point where they do
-// not meet at a joint, and those with collinear lines sharing a stretch of positive length.
-inline Quality Measure(std::vector<KrRouteSegment*> const& segs) {
-    Quality q;
-    std::vector<std::vector<LinePiece>> pieces;
-    std::vector<std::set<KrRoutingWayPoint*>> all(segs.size());
-    std::vector<std::set<KrRoutingWayPoint*>> ends(segs.size());
-    for (std::size_t i = 0; i < segs.size(); ++i) {
-        pieces.push_back(Pieces(segs[i]));
-        PointSets(segs[i], all[i], ends[i]);
-    }
-    double const eps = 1e-7;
-    for (std::size_t i = 0; i < segs.size(); ++i) {
-        for (std::size_t j = i + 1; j < segs.size(); ++j) {
-            bool crossing = false;
-            bool overlap = false;
-            for (LinePiece const& a : pieces[i]) {
-                for (LinePiece const& b : pieces[j]) {
-                    double const dax = a.x1 - a.x0;
-                    double const day = a.y1 - a.y0;
-                    double const dbx = b.x1 - b.x0;
-                    double const dby = b.y1 - b.y0;
-                    double const la = std::hypot(dax, day);
-                    double const lb = std::hypot(dbx, dby);
-                    double const cross = dax * dby - day * dbx;
-                    if (std::fabs(cross) <= 1e-9 * la * lb) {
-                        // Parallel: collinear when b's start lies on a's line.
-                        double const dist = std::fabs(dax * (b.y0 - a.y0) - day * (b.x0 - a.x0)) / la;
-                        if (dist > eps) {
-                            continue;
-                        }
-                        double const ux = dax / la;
-                        double const uy = day / la;
-                        double t0 = (b.x0 - a.x0) * ux + (b.y0 - a.y0) * uy;
-                        double t1 = (b.x1 - a.x0) * ux + (b.y1 - a.y0) * uy;
-                        if (t0 > t1) {
-                            std::swap(t0, t1);
-                        }
-                        if (std::min(la, t1) - std::max(0.0, t0) > eps) {
-                            overlap = true;
-                        }
-                        continue;
-                    }
-                    double const wx = b.x0 - a.x0;
-                    double const wy = b.y0 - a.y0;
-                    double const t = (wx * dby - wy * dbx) / cross;
-                    double const u = (wx * day - wy * dax) / cross;
-                    double const ta = eps / la;
-                    double const tb = eps / lb;
-                    if (t < -ta || t > 1.0 + ta || u < -tb || u > 1.0 + tb) {
-                        continue;
-                    }
-                    double const px = a.x0 + t * dax;
-                    double const py = a.y0 + t * day;
-                    if (!MeetAt(px, py, all[i], ends[i], all[j], ends[j])) {
-                        crossing = true;
-                    }
-                }
+    std::vector<KrLayoutQuality::Segment> measured;
+    for (KrRouteSegment* seg : segs) {
+        KrLayoutQuality::Segment m;
+        auto it = byId.find(seg->GetId());
+        if (it != byId.end()) {
+            SegmentInput const& in = *it->second;
+            m.length = in.length;
+            m.diameter = in.diameter;
+            for (std::size_t i = 1; i < in.polyline.size(); ++i) {
+                ALLine l;
+                l.start = in.polyline[i - 1];
+                l.end = in.polyline[i];
+                m.sketch.push_back(l);
             }
-            q.crossings += crossing ? 1 : 0;
-            q.overlaps += overlap ? 1 : 0;
         }
+        m.lines = DrawnLines(seg);
+        measured.push_back(m);
     }
-    return q;
+    KrLayoutQuality quality;
+    quality.Measure(measured, clearance);
+    return quality;
 }
 
 }  // namespace layout_test

@@ -6,6 +6,7 @@
 #include <krlayout/model/ALPoint.h>
 #include <krlayout/model/KrRouteSegment.h>
 #include <krlayout/model/KrRoutingWayPoint.h>
+#include <krlayout/model/KrSegmentGeometry.h>
 #include <krlayout/model/e_AngleArea.h>
 #include <krlayout/sketch/IRoutingSketch.h>
 
@@ -31,10 +32,9 @@ constexpr double kLibraryPi = 3.1415926536;
 // of children, small enough that no input makes one point quadratic in the whole harness.
 constexpr long kChecksPerPoint = 200;
 
-struct Vec {
-    double x;
-    double y;
-};
+// Points and directions of the drawing; its distances are those of KrSegmentGeometry, the exact
+// plane geometry the quality measure of a drawing uses too.
+using Vec = KrSegmentGeometry::Point;
 
 // An axis-aligned box; `empty` when it holds nothing.
 struct Box {
@@ -56,6 +56,7 @@ struct Box {
         }
     }
     double Area() const { return Empty() ? 0.0 : (x1 - x0) * (y1 - y0); }
+    KrSegmentGeometry::Box Closed() const { return {x0, y0, x1, y1}; }
 };
 
 // The unit vector of an angle; the eight 45-degree directions exactly (their diagonal components
@@ -88,69 +89,6 @@ Box PlaceBox(Box const& b, Vec u, int m, Vec q) {
     out.Add(Place({b.x1, b.y0}, u, m, q));
     out.Add(Place({b.x1, b.y1}, u, m, q));
     return out;
-}
-
-double Cross(Vec o, Vec a, Vec b) { return (a.x - o.x) * (b.y - o.y) - (a.y - o.y) * (b.x - o.x); }
-
-double PointSegment(Vec p, Vec a, Vec b) {
-    double const dx = b.x - a.x;
-    double const dy = b.y - a.y;
-    double const len2 = dx * dx + dy * dy;
-    double t = 0.0;
-    if (len2 > 0.0) {
-        t = std::clamp(((p.x - a.x) * dx + (p.y - a.y) * dy) / len2, 0.0, 1.0);
-    }
-    double const ex = p.x - (a.x + t * dx);
-    double const ey = p.y - (a.y + t * dy);
-    return std::sqrt(ex * ex + ey * ey);
-}
-
-bool OnSegment(Vec p, Vec a, Vec b) {
-    return std::min(a.x, b.x) <= p.x && p.x <= std::max(a.x, b.x) && std::min(a.y, b.y) <= p.y &&
-           p.y <= std::max(a.y, b.y);
-}
-
-bool SegmentsIntersect(Vec a, Vec b, Vec c, Vec d) {
-    double const d1 = Cross(c, d, a);
-    double const d2 = Cross(c, d, b);
-    double const d3 = Cross(a, b, c);
-    double const d4 = Cross(a, b, d);
-    if (((d1 > 0 && d2 < 0) || (d1 < 0 && d2 > 0)) && ((d3 > 0 && d4 < 0) || (d3 < 0 && d4 > 0))) {
-        return true;
-    }
-    return (d1 == 0 && OnSegment(a, c, d)) || (d2 == 0 && OnSegment(b, c, d)) ||
-           (d3 == 0 && OnSegment(c, a, b)) || (d4 == 0 && OnSegment(d, a, b));
-}
-
-double SegmentSegment(Vec a, Vec b, Vec c, Vec d) {
-    if (SegmentsIntersect(a, b, c, d)) {
-        return 0.0;
-    }
-    return std::min(std::min(PointSegment(a, c, d), PointSegment(b, c, d)),
-                    std::min(PointSegment(c, a, b), PointSegment(d, a, b)));
-}
-
-double PointBox(Vec p, Box const& b) {
-    double const dx = std::max({0.0, b.x0 - p.x, p.x - b.x1});
-    double const dy = std::max({0.0, b.y0 - p.y, p.y - b.y1});
-    return std::sqrt(dx * dx + dy * dy);
-}
-
-// Distance between a segment and a box: 0 when they meet, else attained at a corner of one of
-// them (both are convex).
-double SegmentBox(Vec a, Vec b, Box const& box) {
-    Vec const c[4] = {{box.x0, box.y0}, {box.x1, box.y0}, {box.x1, box.y1}, {box.x0, box.y1}};
-    if (PointBox(a, box) == 0.0 || PointBox(b, box) == 0.0) {
-        return 0.0;
-    }
-    double best = kInf;
-    for (int i = 0; i < 4; ++i) {
-        if (SegmentsIntersect(a, b, c[i], c[(i + 1) % 4])) {
-            return 0.0;
-        }
-        best = std::min(best, PointSegment(c[i], a, b));
-    }
-    return std::min({best, PointBox(a, box), PointBox(b, box)});
 }
 
 // A placement of a subtree's frame in the frame of a branch point: mirrored (m = -1 flips y),
@@ -419,12 +357,12 @@ private:
             return false;
         }
         if (p.segment && q.segment) {
-            return SegmentSegment(p.a, p.b, q.a, q.b) < wanted;
+            return KrSegmentGeometry::SegmentDistance(p.a, p.b, q.a, q.b) < wanted;
         }
         if (p.segment != q.segment) {
             Item const& s = p.segment ? p : q;
             Item const& b = p.segment ? q : p;
-            if (SegmentBox(s.a, s.b, b.box) >= wanted) {
+            if (KrSegmentGeometry::SegmentBoxDistance(s.a, s.b, b.box.Closed()) >= wanted) {
                 return false;
             }
         }

@@ -110,6 +110,60 @@ int CheckKrGeoUtility() {
     return 0;
 }
 
+int CheckKrSegmentGeometry() {
+    using P = KrSegmentGeometry::Point;
+    if (!Near(KrSegmentGeometry::Cross(P{0, 0}, P{2, 0}, P{1, 3}), 6.0)) return __LINE__;
+    if (!Near(KrSegmentGeometry::SegmentDistance(P{0, 0}, P{4, 0}, P{1, 3}, P{2, 3}), 3.0)) return __LINE__;
+    P at;
+    if (!KrSegmentGeometry::ProperCrossing(P{0, 0}, P{4, 4}, P{0, 4}, P{4, 0}, GEO_TOLERANCE, at)) return __LINE__;
+    if (!Near(at.x, 2.0) || !Near(at.y, 2.0)) return __LINE__;
+    if (!Near(KrSegmentGeometry::CollinearOverlap(P{0, 0}, P{4, 0}, P{3, 0}, P{1, 0}, 0.0), 2.0)) return __LINE__;
+    KrSegmentGeometry::Box const box{0, 0, 2, 1};
+    if (!Near(KrSegmentGeometry::SegmentBoxDistance(P{3, 0.5}, P{4, 0.5}, box), 1.0)) return __LINE__;
+    return 0;
+}
+
+int CheckKrPointIndex() {
+    KrPointIndex index;
+    if (index.NumberOf(ALPoint(1.0, 2.0, 0.0)) != 0) return __LINE__;
+    if (index.NumberOf(ALPoint(1.0 + 1e-6, 2.0, 0.0)) != 0) return __LINE__;
+    if (index.NumberOf(ALPoint(3.0, 2.0, 0.0)) != 1) return __LINE__;
+    if (index.Count() != 2 || !Near(index.PointOf(1).x, 3.0)) return __LINE__;
+    return 0;
+}
+
+int CheckKrLineChain() {
+    double const a[3] = {0.0, 0.0, 0.0};
+    double const b[3] = {1.0, 0.0, 0.0};
+    double const c[3] = {1.0, 1.0, 0.0};
+    std::vector<ALLine> lines{ALLine(b, c), ALLine(a, b)};
+    std::vector<ALPoint> ends;
+    if (KrLineChain::FindEnds(lines, ends) != 0) return __LINE__;
+    if (ends.size() != 2 || !Near(ends[0].y, 1.0) || !Near(ends[1].x, 0.0)) return __LINE__;
+    return 0;
+}
+
+int CheckKrLayoutQuality() {
+    double const a[3] = {0.0, 0.0, 0.0};
+    double const b[3] = {2.0, 2.0, 0.0};
+    double const c[3] = {0.0, 2.0, 0.0};
+    double const d[3] = {2.0, 0.0, 0.0};
+    std::vector<KrLayoutQuality::Segment> segments(2);
+    segments[0].length = 1.0;
+    segments[0].sketch.push_back(ALLine(a, b));
+    segments[0].lines.push_back(ALLine(a, b));
+    segments[1].sketch.push_back(ALLine(c, d));
+    segments[1].lines.push_back(ALLine(c, d));
+    std::size_t crossings = 0;
+    KrLayoutQuality::Findings found;
+    found.crossing = [&crossings](KrLayoutQuality::Crossing const&) { ++crossings; };
+    KrLayoutQuality quality;
+    if (quality.Measure(segments, 0.02, found) != 0) return __LINE__;
+    if (crossings != 1 || quality.crossingPairs != 1 || quality.closePairs != 1) return __LINE__;
+    if (quality.drawnLengths.size() != 2 || quality.largestLengthDeviationSegment != 0) return __LINE__;
+    return 0;
+}
+
 int CheckAngleArea() {
     e_AngleArea area = e_AngleAreaRoot;
     if (static_cast<int>(area) != 1) return __LINE__;
@@ -608,6 +662,10 @@ Check const kChecks[] = {
     {"version", CheckVersion},
     {"ALPoint", CheckALPoint},
     {"ALLine", CheckALLine},
+    {"KrSegmentGeometry", CheckKrSegmentGeometry},
+    {"KrPointIndex", CheckKrPointIndex},
+    {"KrLineChain", CheckKrLineChain},
+    {"KrLayoutQuality", CheckKrLayoutQuality},
     {"KrGeoUtility", CheckKrGeoUtility},
     {"e_AngleArea", CheckAngleArea},
     {"KrRoutingWayPoint", CheckKrRoutingWayPoint},

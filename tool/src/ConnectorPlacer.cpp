@@ -2,6 +2,9 @@
 
 #include "Geometry2D.h"
 
+#include <krlayout/api/KrComponentText.h>
+#include <krlayout/api/KrUtf8Codec.h>
+
 #include <cmath>
 
 namespace krtool {
@@ -33,60 +36,14 @@ ConnectorPlacer::PointKey ConnectorPlacer::pointKey(Point2 const& p)
     return {cell(p.x), cell(p.y)};
 }
 
-std::vector<Point2> ConnectorPlacer::chainEnds(std::vector<std::pair<Point2, Point2>> const& lines)
-{
-    std::map<Key, std::pair<int, Point2>> seen;
-    std::vector<Key> order;
-    for (auto const& l : lines) {
-        for (Point2 const& p : {l.first, l.second}) {
-            Key const k = keyOf(p);
-            auto it = seen.find(k);
-            if (it == seen.end()) {
-                seen.emplace(k, std::make_pair(1, p));
-                order.push_back(k);
-            } else {
-                it->second.first += 1;
-            }
-        }
-    }
-    std::vector<Point2> ends;
-    for (Key const& k : order) {
-        if (seen[k].first % 2 == 1)
-            ends.push_back(seen[k].second);
-    }
-    if (ends.empty() && !lines.empty()) {
-        ends.push_back(lines.front().first);
-        ends.push_back(lines.back().second);
-    }
-    return ends;
-}
-
-bool ConnectorPlacer::parseHalf(std::string const& half, std::string& connector, std::string& pin)
-{
-    std::string::size_type const at = half.find('@');
-    std::string const head = at == std::string::npos ? std::string() : half.substr(0, at);
-    std::string const tail = at == std::string::npos ? half : half.substr(at + 1);
-    std::string::size_type const inner = tail.find('@');
-    if (inner == std::string::npos || inner < 1)
-        return false;
-    connector = tail;
-    pin = head;
-    return true;
-}
-
 std::vector<std::pair<std::string, std::string>> ConnectorPlacer::parse(std::string const& text)
 {
+    std::vector<std::pair<std::wstring, std::wstring>> named;
+    KrComponentText::Parse(KrUtf8Codec::Decode(text), named);
     std::vector<std::pair<std::string, std::string>> out;
-    std::string::size_type const colon = text.find(':');
-    std::string const halves[2] = {
-        colon == std::string::npos ? std::string() : text.substr(0, colon),
-        colon == std::string::npos ? text : text.substr(colon + 1)};
-    for (std::string const& half : halves) {
-        std::string connector;
-        std::string pin;
-        if (parseHalf(half, connector, pin))
-            out.emplace_back(connector, pin);
-    }
+    out.reserve(named.size());
+    for (auto const& [connector, pins] : named)
+        out.emplace_back(KrUtf8Codec::Encode(connector), KrUtf8Codec::Encode(pins));
     return out;
 }
 
@@ -126,7 +83,7 @@ void ConnectorPlacer::place(LayoutResult& result, std::map<long, std::string> co
         auto const named = parse(it->second);
         for (auto const& [connector, pin] : named)
             s.connectorNames.push_back(displayName(connector, pin));
-        std::vector<Point2> const ends = chainEnds(lines[i]);
+        std::vector<Point2> const ends = Geometry2D::chainEnds(lines[i]);
         if (ends.empty() || named.empty())
             continue;
         std::vector<Point2> freeEnds;

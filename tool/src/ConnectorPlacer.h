@@ -12,23 +12,16 @@ namespace krtool {
 
 class ConnectorPlacer {
 public:
-    // The connectors a component map text names, read the way the layout run reads it: up to two
-    // halves split at the first ':', each "pin@connector" split at its first '@', kept only when
-    // the connector part itself holds an '@' after its first character. Pairs of (connector, pin).
+    // The connectors a component map text names, read by the library's KrComponentText as the
+    // layout run reads it (the UTF-8 text decoded, the names encoded again): up to two halves
+    // split at the first ':', each "pin@connector" split at its first '@', kept only when the
+    // connector part itself holds an '@' after its first character. Pairs of (connector, pin).
     static std::vector<std::pair<std::string, std::string>> parse(std::string const& text);
-    // One half: "pin@connector" split at its first '@' (no pin without one); true, with the
-    // connector and pin, when the connector part holds an '@' after its first character.
-    static bool parseHalf(std::string const& half, std::string& connector, std::string& pin);
 
     // For every segment with a component map entry: its connector names, and their places at the
-    // segment's free ends (ends no other segment touches) of the laid-out lines or of the input
-    // sketch when nothing was laid out.
+    // segment's free ends (chain ends, Geometry2D::chainEnds, that no other segment touches) of
+    // the laid-out lines or of the input sketch when nothing was laid out.
     static void place(LayoutResult& result, std::map<long, std::string> const& componentMap);
-
-    // The free ends of a chain of lines: the end points met an odd number of times (points
-    // within 10 times the library's tolerance are one). Both ends of the first and last line
-    // when every point is met an even number of times (a closed chain).
-    static std::vector<Point2> chainEnds(std::vector<std::pair<Point2, Point2>> const& lines);
 
     // Points within 10 times the library's tolerance share a key (close to a cell boundary they
     // may not). Segments whose line ends share a key meet there.

@@ -1,6 +1,7 @@
 #include "CutList.h"
 
 #include "ConnectorPlacer.h"
+#include "Geometry2D.h"
 
 #include <algorithm>
 #include <map>
@@ -81,7 +82,7 @@ CutList CutList::build(LayoutResult const& result)
         row.length = s.length;
         row.diameter = s.diameter;
 
-        std::vector<Point2> const ends = ConnectorPlacer::chainEnds(s.inputLines);
+        std::vector<Point2> const ends = Geometry2D::chainEnds(s.inputLines);
         Key keys[2];
         size_t const endCount = std::min<size_t>(ends.size(), 2);
         std::vector<size_t> freeEnds;

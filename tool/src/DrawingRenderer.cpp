@@ -401,24 +401,24 @@ void Painter::drawEnds(DrawingCanvas& cr)
         return std::make_pair(std::llround(p.x / Geometry2D::kTolerance),
                               std::llround(p.y / Geometry2D::kTolerance));
     };
-    // Only ends within +-1e12 get here, so the keys fit.
+    // A segment's ends are those of the chain its lines form. Only ends within +-1e12 get here,
+    // so the keys fit.
+    std::vector<std::pair<Point2, Point2>> chain;
     for (ResultSegment const& s : result_.segments) {
-        Point2 a, b;
         if (laidOut_) {
-            if (s.lines.empty())
-                continue;
-            a = s.lines.front().start;
-            b = s.lines.back().end;
+            chain.clear();
+            for (ResultLine const& l : s.lines)
+                chain.push_back({l.start, l.end});
         } else {
-            if (s.inputLines.empty())
-                continue;
-            a = s.inputLines.front().first;
-            b = s.inputLines.back().second;
+            chain = s.inputLines;
         }
-        if (!finite(a) || !finite(b) || std::fabs(a.x) > 1e12 || std::fabs(a.y) > 1e12 ||
-            std::fabs(b.x) > 1e12 || std::fabs(b.y) > 1e12)
+        std::vector<Point2> const segmentEnds = Geometry2D::chainEnds(chain);
+        bool const drawable = std::all_of(segmentEnds.begin(), segmentEnds.end(), [](Point2 const& p) {
+            return finite(p) && std::fabs(p.x) <= 1e12 && std::fabs(p.y) <= 1e12;
+        });
+        if (!drawable)
             continue;
-        for (Point2 const& p : {a, b}) {
+        for (Point2 const& p : segmentEnds) {
             auto& e = ends[key(p)];
             e.first += 1;
             e.second = p;

@@ -52,7 +52,7 @@ std::vector<DroppedSegment> DroppedSegments::classify(std::vector<ResultSegment>
         d.id = m.id;
         d.reason = Reason::FinalCheck;
         auto own = connectorsOf.find(m.id);
-        std::vector<Point2> const ends = ConnectorPlacer::chainEnds(m.inputLines);
+        std::vector<Point2> const ends = Geometry2D::chainEnds(m.inputLines);
         if (own != connectorsOf.end() && ends.size() == 2) {
             for (std::string const& connector : own->second) {
                 std::vector<long> const& ids = entries[connector];
@@ -62,7 +62,7 @@ std::vector<DroppedSegment> DroppedSegments::classify(std::vector<ResultSegment>
                     auto k = keptById.find(other);
                     if (other == m.id || k == keptById.end())
                         continue;
-                    if (sameEnds(ends, ConnectorPlacer::chainEnds(k->second->inputLines))) {
+                    if (sameEnds(ends, Geometry2D::chainEnds(k->second->inputLines))) {
                         d.reason = Reason::MultiPinCleanUp;
                         d.keptId = other;
                         d.connector = connector;

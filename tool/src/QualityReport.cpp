@@ -1,36 +1,16 @@
 #include "QualityReport.h"
 
-#include "ClearanceCheck.h"
 #include "LayoutType.h"
-#include "LineGrid.h"
+
+#include <krlayout/api/KrLayoutQuality.h>
 
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
-#include <limits>
 #include <sstream>
 #include <ostream>
-#include <utility>
 
 namespace krtool {
-
-namespace {
-
-bool finite(Point2 const& p)
-{
-    return std::isfinite(p.x) && std::isfinite(p.y);
-}
-
-// A crossing or an overlap of line p (of the segment at hand) with line q of a later segment.
-struct Meeting {
-    size_t p;
-    size_t q;
-    bool crossing;
-    Point2 at;           // crossing point
-    double shared = 0.0; // overlap length
-};
-
-}  // namespace
 
 QualityReport QualityReport::measure(LayoutResult const& result, size_t listed)
 {
@@ -46,94 +26,51 @@ QualityReport QualityReport::measure(LayoutResult const& result, size_t listed)
     r.board_ = result.layoutType == LayoutType::kBoard;
     r.crowdedPoints_ = result.crowdedPoints;
 
-    std::vector<LineGrid::Line> flat;
-    std::vector<ClearanceCheck::Segment> spaced(result.segments.size());
+    // The library measures the drawn lines (the laid-out ones, or the input sketch when nothing
+    // was laid out) with the sketch telling where each segment's ends are; the report keeps the
+    // first entries of each list and the counts.
+    std::vector<KrLayoutQuality::Segment> measured(result.segments.size());
     for (size_t si = 0; si < result.segments.size(); ++si) {
         ResultSegment const& s = result.segments[si];
-        SegmentLength row;
-        row.id = s.id;
-        row.trueLength = s.length;
-        ClearanceCheck::Segment& c = spaced[si];
-        c.length = s.length;
-        c.diameter = s.diameter;
-        c.sketch = s.inputLines;
-        auto addLine = [&](Point2 const& a, Point2 const& b) {
-            ++r.lines_;
-            // A line with a coordinate that is not a number crosses nothing.
-            if (finite(a) && finite(b))
-                flat.push_back({si, a, b});
-            row.drawnLength += Geometry2D::distance(a, b);
-            c.lines.push_back({a, b});
-        };
+        KrLayoutQuality::Segment& m = measured[si];
+        m.length = s.length;
+        m.diameter = s.diameter;
+        m.sketch.reserve(s.inputLines.size());
+        for (auto const& l : s.inputLines)
+            m.sketch.push_back(Geometry2D::toLibrary(l));
         if (result.laidOut) {
+            m.lines.reserve(s.lines.size());
             for (ResultLine const& l : s.lines)
-                addLine(l.start, l.end);
+                m.lines.push_back(Geometry2D::toLibrary({l.start, l.end}));
         } else {
-            for (auto const& l : s.inputLines)
-                addLine(l.first, l.second);
+            m.lines = m.sketch;
         }
-        if (s.length > 0.0) {
-            double const deviation = std::fabs(row.drawnLength - s.length) / s.length;
-            if (deviation > r.largestDeviation_) {
-                r.largestDeviation_ = deviation;
-                r.largestDeviationId_ = s.id;
-            }
-        }
-        r.lengths_.push_back(row);
     }
-
-    ClearanceCheck::find(spaced, r.clearance_, [&](ClearanceCheck::Violation const& v) {
-        r.closePairs_.add(
-            {result.segments[v.a].id, result.segments[v.b].id, v.distance, v.required});
-    });
-    spaced = {};
-
-    // Lines whose boxes come within the tolerance of each other, one segment at a time: its
-    // crossings and overlaps with later segments are gathered, then counted and listed in the
-    // order of the later segment and of the lines.
-    LineGrid const grid(std::move(flat), Geometry2D::kTolerance);
-    std::vector<Meeting> ofSegment;
-    auto count = [&]() {
-        std::sort(ofSegment.begin(), ofSegment.end(), [&](Meeting const& x, Meeting const& y) {
-            return grid.line(x.q).segment != grid.line(y.q).segment
-                       ? grid.line(x.q).segment < grid.line(y.q).segment
-                       : x.p != y.p ? x.p < y.p : x.q < y.q;
-        });
-        size_t lastCrossed = std::numeric_limits<size_t>::max();
-        for (Meeting const& m : ofSegment) {
-            size_t const a = grid.line(m.p).segment;
-            size_t const b = grid.line(m.q).segment;
-            long const ida = result.segments[a].id;
-            long const idb = result.segments[b].id;
-            if (m.crossing) {
-                r.crossings_.add({ida, idb, m.at});
-                if (b != lastCrossed)
-                    ++r.crossingPairs_;
-                lastCrossed = b;
-            } else {
-                r.overlaps_.add({ida, idb, m.shared});
-                r.overlapLength_ += m.shared;
-            }
-        }
-        ofSegment.clear();
+    auto id = [&result](size_t index) { return result.segments[index].id; };
+    KrLayoutQuality::Findings found;
+    found.crossing = [&](KrLayoutQuality::Crossing const& c) {
+        r.crossings_.add({id(c.a), id(c.b), Point2{c.x, c.y}});
     };
-    for (size_t p = 0; p < grid.size(); ++p) {
-        if (p > 0 && grid.line(p).segment != grid.line(p - 1).segment)
-            count();
-        LineGrid::Line const& lp = grid.line(p);
-        grid.laterNeighbours(p, [&](size_t q) {
-            LineGrid::Line const& lq = grid.line(q);
-            Point2 at;
-            if (Geometry2D::properCrossing(lp.a, lp.b, lq.a, lq.b, at)) {
-                ofSegment.push_back({p, q, true, at, 0.0});
-                return;
-            }
-            double const shared = Geometry2D::collinearOverlap(lp.a, lp.b, lq.a, lq.b);
-            if (shared > 0.0)
-                ofSegment.push_back({p, q, false, Point2{}, shared});
-        });
+    found.overlap = [&](KrLayoutQuality::Overlap const& o) {
+        r.overlaps_.add({id(o.a), id(o.b), o.length});
+    };
+    found.closePair = [&](KrLayoutQuality::ClosePair const& c) {
+        r.closePairs_.add({id(c.a), id(c.b), c.distance, c.required});
+    };
+    KrLayoutQuality quality;
+    quality.Measure(measured, result.clearance, found);
+    measured = {};
+
+    r.lines_ = quality.lines;
+    r.crossingPairs_ = quality.crossingPairs;
+    r.overlapLength_ = quality.overlapLength;
+    for (size_t si = 0; si < result.segments.size(); ++si) {
+        ResultSegment const& s = result.segments[si];
+        r.lengths_.push_back({s.id, s.length, quality.drawnLengths[si]});
     }
-    count();
+    r.largestDeviation_ = quality.largestLengthDeviation;
+    if (quality.largestLengthDeviation > 0.0)
+        r.largestDeviationId_ = id(quality.largestLengthDeviationSegment);
     return r;
 }
 

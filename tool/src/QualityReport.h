@@ -1,6 +1,6 @@
-// Measures of a layout: how many segments cross or overlap, which pairs come closer than the
-// clearance rule allows (ClearanceCheck), how far drawn lengths stray from the true lengths, and
-// how large the drawing is.
+// The quality report of a layout as the tool prints and writes it: the library's measures
+// (KrLayoutQuality: crossings, overlaps, pairs closer than the clearance rule allows, drawn
+// against true lengths) by segment id, and how large the drawing is.
 //
 // Crossings, overlaps and close pairs are counted exactly, but each list keeps only its first
 // entries (CappedList): a tangled drawing of 100,000 segments has millions of them.
