@@ -11,7 +11,7 @@ os.makedirs(os.environ.get("HOME", here), exist_ok=True)
 
 import pytest  # noqa: E402
 
-code = pytest.main(["-q", "-p", "no:cacheprovider", os.environ["KRLAYOUT_FREECAD_TEST"]])
+code = pytest.main(["-q", "-p", "no:cacheprovider", "--durations=5", os.environ["KRLAYOUT_FREECAD_TEST"]])
 sys.stdout.flush()
 sys.stderr.flush()
 # freecadcmd would go on to its own prompt and exit code; pytest's is the test's result.
