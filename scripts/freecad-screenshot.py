@@ -1,8 +1,9 @@
 """Takes the README's FreeCAD screenshots: the bundled engine-bay harness drawn as a route sketch,
 then laid out as a board drawing into a new sketch, each shown alone in FreeCAD's window.
 
-Run inside the FreeCAD GUI under a virtual display, from the project root, after building the
-Python package into build/ci-plain (scripts/run-tests does):
+Run inside the FreeCAD GUI (Debian's `freecad`, not only `freecad-python3`) under a virtual
+display (`xvfb`), from the project root, after building the Python package into build/ci-plain
+(scripts/run-tests does):
 
     QTWEBENGINE_DISABLE_SANDBOX=1 xvfb-run -a -s "-screen 0 1600x1000x24" \
         freecad scripts/freecad-screenshot.py
